@@ -1,0 +1,175 @@
+// gridmere-bench: drives the engine headless, one sub-command per measured
+// operation, each printing one line of figures. See bench/README.md.
+
+#include "data/editabledatacontainer.h"
+#include "data/fileparameters.h"
+#include "generator.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cstdio>
+#include <memory>
+#include <sys/resource.h>
+
+int benchSortKeys(const QStringList& args) __attribute__((weak));
+
+namespace {
+
+long long peakRssBytes() {
+    struct rusage usage {};
+    getrusage(RUSAGE_SELF, &usage);
+    return (long long)usage.ru_maxrss * 1024;
+}
+
+struct Options {
+    QString file;
+    QString out;
+    char delimiter = ',';
+    bool delimiter_given = false;
+    EncodingType encoding = Utf8;
+    ParsingStandard standard = Rfc4180;
+    bool read_only = false;
+};
+
+int usage() {
+    std::fprintf(stderr,
+                 "usage: gridmere-bench generate OUT --bytes N [--seed S]\n"
+                 "       gridmere-bench load FILE [--delimiter D] [--encoding NAME] "
+                 "[--standard NAME] [--read-only]\n"
+                 "       gridmere-bench cells FILE [same options]\n"
+                 "       gridmere-bench save FILE OUT [same options]\n"
+                 "       gridmere-bench sort KEYFILE\n");
+    return 2;
+}
+
+bool parseOptions(const QStringList& args, int positional, Options& o) {
+    QStringList pos;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        auto value = [&]() { return i + 1 < args.size() ? args[++i] : QString(); };
+        if (a == "--delimiter") {
+            QString d;
+            if (!delimiterFromUserText(value(), d)) return false;
+            o.delimiter = delimiterByte(d);
+            o.delimiter_given = true;
+        } else if (a == "--encoding") {
+            o.encoding = encodingFromText(value());
+            if (o.encoding == UnknownEncoding) return false;
+        } else if (a == "--standard") {
+            o.standard = parsingStandardFromText(value());
+            if (o.standard == InvalidStandard) return false;
+        } else if (a == "--read-only") {
+            o.read_only = true;
+        } else {
+            pos << a;
+        }
+    }
+    if (pos.size() != positional) return false;
+    o.file = pos[0];
+    if (positional > 1) o.out = pos[1];
+    return true;
+}
+
+std::unique_ptr<AbstractDataContainer> makeContainer(const Options& o) {
+    std::unique_ptr<AbstractDataContainer> c = std::make_unique<EditableDataContainer>();
+    c->setFilepath(o.file);
+    c->setEncoding(o.encoding);
+    const char d = o.delimiter_given ? o.delimiter
+                                     : delimiterByte(delimiterForExtension(QFileInfo(o.file).suffix()));
+    c->setDelimiters(d, d);
+    c->setParsingStandard(o.standard);
+    c->setLineEnding(UnixLineEnding);
+    return c;
+}
+
+void printFigures(const char* op, qint64 bytes, int rows, int cols, double seconds) {
+    std::printf("op=%s bytes=%lld rows=%d cols=%d seconds=%.3f mbps=%.1f peak_rss_bytes=%lld\n", op,
+                (long long)bytes, rows, cols, seconds,
+                seconds > 0 ? double(bytes) / 1e6 / seconds : 0.0, peakRssBytes());
+}
+
+int commandLoad(const Options& o) {
+    auto c = makeContainer(o);
+    QElapsedTimer t;
+    t.start();
+    if (!c->loadCSV()) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(o.file));
+        return 1;
+    }
+    const double seconds = double(t.nsecsElapsed()) / 1e9;
+    printFigures("load", QFileInfo(o.file).size(), c->rowCount(), c->columnCount(), seconds);
+    return 0;
+}
+
+int commandCells(const Options& o) {
+    auto c = makeContainer(o);
+    if (!c->loadCSV()) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(o.file));
+        return 1;
+    }
+    QTextCodec* codec = codecForEncoding(o.encoding);
+    QJsonArray table;
+    for (int r = 0; r < c->rowCount(); ++r) {
+        QJsonArray row;
+        const int n = c->columnCountOfRow(r);
+        for (int col = 0; col < n; ++col)
+            row.append(decodeCell(c->data(r, col), o.encoding, codec));
+        table.append(row);
+    }
+    const QByteArray json = QJsonDocument(table).toJson(QJsonDocument::Indented);
+    std::fwrite(json.constData(), 1, size_t(json.size()), stdout);
+    return 0;
+}
+
+int commandSave(const Options& o) {
+    auto c = makeContainer(o);
+    if (!c->loadCSV()) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(o.file));
+        return 1;
+    }
+    QElapsedTimer t;
+    t.start();
+    if (!c->saveAs(o.out, true, false, {}, {})) {
+        std::fprintf(stderr, "cannot write %s\n", qPrintable(o.out));
+        return 1;
+    }
+    const double seconds = double(t.nsecsElapsed()) / 1e9;
+    printFigures("save", QFileInfo(o.out).size(), c->rowCount(), c->columnCount(), seconds);
+    return 0;
+}
+
+int commandGenerate(const QStringList& args) {
+    QString out;
+    qint64 bytes = 0;
+    quint64 seed = 1;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == "--bytes" && i + 1 < args.size()) bytes = args[++i].toLongLong();
+        else if (args[i] == "--seed" && i + 1 < args.size()) seed = args[++i].toULongLong();
+        else out = args[i];
+    }
+    if (out.isEmpty() || bytes <= 0) return usage();
+    std::FILE* f = std::fopen(QFile::encodeName(out).constData(), "wb");
+    if (!f) return 1;
+    const bool ok = generateMixedCsv(f, bytes, seed);
+    return (std::fclose(f) == 0 && ok) ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QStringList args = app.arguments().mid(1);
+    if (args.isEmpty()) return usage();
+    const QString command = args.takeFirst();
+    if (command == "generate") return commandGenerate(args);
+    if (command == "sort") return benchSortKeys ? benchSortKeys(args) : usage();
+    Options o;
+    if (command == "load" && parseOptions(args, 1, o)) return commandLoad(o);
+    if (command == "cells" && parseOptions(args, 1, o)) return commandCells(o);
+    if (command == "save" && parseOptions(args, 2, o)) return commandSave(o);
+    return usage();
+}

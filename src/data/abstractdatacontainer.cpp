@@ -1,0 +1,204 @@
+#include "abstractdatacontainer.h"
+
+#include <QFile>
+#include <QMutex>
+#include <QThread>
+#include <QWaitCondition>
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+IndexList AbstractDataContainer::emptyRows(int, SelectionMode, const IndexList&) const {
+    return {};
+}
+IndexList AbstractDataContainer::emptyColumns(int, SelectionMode, const IndexList&) const {
+    return {};
+}
+bool AbstractDataContainer::setCell(int, int, QByteArrayView) { return false; }
+bool AbstractDataContainer::setRowCount(int) { return false; }
+bool AbstractDataContainer::setColumnCount(int) { return false; }
+void AbstractDataContainer::getRow(CellList& out, int, SelectionMode, const IndexList&) const {
+    out.clear();
+}
+void AbstractDataContainer::getColumn(CellList& out, int, SelectionMode, const IndexList&) const {
+    out.clear();
+}
+void AbstractDataContainer::setRow(int, CellList&&) {}
+void AbstractDataContainer::setColumn(int, CellList&&) {}
+void AbstractDataContainer::insertRow(int, CellList&&) {}
+void AbstractDataContainer::insertColumn(int, CellList&&) {}
+void AbstractDataContainer::insertRowList(int, std::vector<CellList>&&) {}
+void AbstractDataContainer::insertColumnList(int, std::vector<CellList>&&) {}
+bool AbstractDataContainer::insertRows(int, int) { return false; }
+bool AbstractDataContainer::insertColumns(int, int) { return false; }
+bool AbstractDataContainer::removeRows(int, int) { return false; }
+bool AbstractDataContainer::removeColumns(int, int) { return false; }
+void AbstractDataContainer::copyRow(int, int) {}
+void AbstractDataContainer::copyColumn(int, int) {}
+
+namespace {
+
+bool startsWith(const char* buffer, qint64 size, const char* mark, int n) {
+    return size >= n && std::memcmp(buffer, mark, size_t(n)) == 0;
+}
+
+const char kUtf8Bom[] = "\xEF\xBB\xBF";
+const char kUtf16BeBom[] = "\xFE\xFF";
+const char kUtf16LeBom[] = "\xFF\xFE";
+const char kUtf32BeBom[] = {0, 0, '\xFE', '\xFF'};
+const char kUtf32LeBom[] = {'\xFF', '\xFE', 0, 0};
+
+// The marks that belong to an encoding, longest first. The undecided UTF-16
+// and UTF-32 accept either byte order.
+std::vector<QByteArrayView> marksOf(EncodingType encoding) {
+    switch (encoding) {
+    case Utf8: return {QByteArrayView(kUtf8Bom, 3)};
+    case Utf16: return {QByteArrayView(kUtf16BeBom, 2), QByteArrayView(kUtf16LeBom, 2)};
+    case Utf16BE:
+    case Utf16BEDetected: return {QByteArrayView(kUtf16BeBom, 2)};
+    case Utf16LE:
+    case Utf16LEDetected: return {QByteArrayView(kUtf16LeBom, 2)};
+    case Utf32: return {QByteArrayView(kUtf32BeBom, 4), QByteArrayView(kUtf32LeBom, 4)};
+    case Utf32BE:
+    case Utf32BEDetected: return {QByteArrayView(kUtf32BeBom, 4)};
+    case Utf32LE:
+    case Utf32LEDetected: return {QByteArrayView(kUtf32LeBom, 4)};
+    default: return {};
+    }
+}
+
+} // namespace
+
+int AbstractDataContainer::detectBom(const char* buffer, qint64 size, bool store) {
+    for (QByteArrayView mark : marksOf(encoding)) {
+        if (!startsWith(buffer, size, mark.data(), int(mark.size()))) continue;
+        if (store) {
+            bom = mark.toByteArray();
+            has_bom = true;
+        }
+        return int(mark.size());
+    }
+    return 0;
+}
+
+void AbstractDataContainer::startProgressHandshake() {
+    if (!mutex || !wait_condition) {
+        emit startProgressUpdateSignal();
+        return;
+    }
+    mutex->lock();
+    emit startProgressUpdateSignal();
+    wait_condition->wait(mutex, 1);
+    QThread::msleep(500);
+    mutex->unlock();
+}
+
+void AbstractDataContainer::progressHandshake(int curr, int total, int filesize_mb) {
+    if (!mutex || !wait_condition) {
+        emit loadProgressUpdateSignal(curr, total, filesize_mb);
+        return;
+    }
+    mutex->lock();
+    emit loadProgressUpdateSignal(curr, total, filesize_mb);
+    wait_condition->wait(mutex, 1);
+    mutex->unlock();
+}
+
+bool AbstractDataContainer::saveAs(const QString& path, bool keep_backup, bool transposed,
+                                   const IndexList& hidden_rows,
+                                   const IndexList& hidden_columns) {
+    filepath_ = path; // kept even when the save fails; callers rely on it
+    return save(keep_backup, transposed, hidden_rows, hidden_columns);
+}
+
+namespace {
+
+// Writes through one large buffer and a plain descriptor: a row is a few
+// dozen bytes, and per-row calls into QIODevice cost more than the copy.
+class BatchWriter {
+public:
+    explicit BatchWriter(int fd) : fd_(fd) { batch_.reserve(kBatch + 65536); }
+    QByteArray& batch() { return batch_; }
+    bool maybeFlush() { return batch_.size() < kBatch || flush(); }
+    bool flush() {
+        const char* p = batch_.constData();
+        qsizetype left = batch_.size();
+        while (left > 0) {
+            ssize_t n = ::write(fd_, p, size_t(left));
+            if (n < 0) {
+                if (errno == EINTR) continue;
+                return false;
+            }
+            p += n;
+            left -= n;
+        }
+        batch_.resize(0);
+        return true;
+    }
+
+private:
+    static constexpr qsizetype kBatch = 4 * 1024 * 1024;
+    int fd_;
+    QByteArray batch_;
+};
+
+} // namespace
+
+bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
+                                 const IndexList& hidden_columns) {
+    const QString target = keep_backup ? filepath_ + QStringLiteral(".bak") : filepath_;
+    const QByteArray target_name = QFile::encodeName(target);
+    if (filepath_.isEmpty()) return false;
+    int fd = ::open(target_name.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) return false;
+
+    BatchWriter writer(fd);
+    bool ok = true;
+    if (has_bom && !bom.isEmpty()) {
+        for (QByteArrayView mark : marksOf(encoding)) {
+            if (mark == QByteArrayView(bom)) {
+                writer.batch().append(bom);
+                break;
+            }
+        }
+    }
+
+    QByteArray out;
+    if (!transposed) {
+        const int n = storedLineCount();
+        size_t h = 0;
+        for (int row = 0; row < n && ok; ++row) {
+            while (h < hidden_rows.size() && hidden_rows[h] < row) ++h;
+            if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
+            rowToBytes(out, row, Except, hidden_columns);
+            writer.batch().append(out);
+            ok = writer.maybeFlush();
+        }
+    } else {
+        const int n = columnCount();
+        size_t h = 0;
+        for (int column = 0; column < n && ok; ++column) {
+            while (h < hidden_columns.size() && hidden_columns[h] < column) ++h;
+            if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
+            columnToBytes(out, column, All, hidden_columns);
+            writer.batch().append(out);
+            ok = writer.maybeFlush();
+        }
+    }
+    ok = ok && writer.flush();
+    // The data must be on disk before the rename makes it the file: otherwise a
+    // crash after the rename could leave an empty file under the real name.
+    ok = ok && (!keep_backup || ::fsync(fd) == 0);
+    ok = (::close(fd) == 0) && ok;
+    if (!ok) {
+        // A half-written ".bak" is ours, not the user's; the old file is intact.
+        if (keep_backup) ::unlink(target_name.constData());
+        return false;
+    }
+    if (!keep_backup) return true;
+    // rename() replaces the old file atomically, so at every instant the path
+    // holds either the complete old file or the complete new one.
+    return ::rename(target_name.constData(), QFile::encodeName(filepath_).constData()) == 0;
+}

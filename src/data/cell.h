@@ -1,0 +1,114 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+// The bytes of one cell, in the file's encoding, owned by the cell.
+//
+// Sixteen bytes in all: up to 15 bytes live inline and cost no allocation,
+// which covers ids, numbers, dates and most words. Longer contents go to an
+// exactly sized heap block. Byte 15 tells the two apart: 0..15 is the inline
+// length, 0xFF marks a heap cell whose length sits in the lower 56 bits of the
+// second word. A zero-filled Cell is the empty cell, so arrays of cells can be
+// grown with memset and moved with memcpy/realloc (the type is trivially
+// relocatable by construction: no pointer into itself).
+class Cell {
+public:
+    static constexpr int kInlineCapacity = 15;
+
+    Cell() noexcept { clearRaw(); }
+    explicit Cell(QByteArrayView bytes) { initFrom(bytes.data(), size_t(bytes.size())); }
+    Cell(const char* bytes, size_t size) { initFrom(bytes, size); }
+    Cell(const Cell& other) { initFrom(other.data(), other.size()); }
+    Cell(Cell&& other) noexcept {
+        std::memcpy(raw_, other.raw_, sizeof raw_);
+        other.clearRaw();
+    }
+    ~Cell() { release(); }
+
+    Cell& operator=(const Cell& other) {
+        if (this != &other) assign(other.data(), other.size());
+        return *this;
+    }
+    Cell& operator=(Cell&& other) noexcept {
+        if (this != &other) {
+            release();
+            std::memcpy(raw_, other.raw_, sizeof raw_);
+            other.clearRaw();
+        }
+        return *this;
+    }
+
+    void assign(const char* bytes, size_t size) {
+        // The source may alias our own heap block (self-assignment of a view).
+        Cell fresh(bytes, size);
+        *this = std::move(fresh);
+    }
+    void assign(QByteArrayView bytes) { assign(bytes.data(), size_t(bytes.size())); }
+
+    bool isHeap() const noexcept { return uint8_t(raw_[15]) == kHeapTag; }
+    size_t size() const noexcept {
+        if (!isHeap()) return uint8_t(raw_[15]);
+        uint64_t word;
+        std::memcpy(&word, raw_ + 8, 8);
+        return size_t(word & kSizeMask);
+    }
+    bool isEmpty() const noexcept { return raw_[15] == 0; }
+    const char* data() const noexcept {
+        if (!isHeap()) return raw_;
+        const char* p;
+        std::memcpy(&p, raw_, sizeof p);
+        return p;
+    }
+    QByteArrayView view() const noexcept { return QByteArrayView(data(), qsizetype(size())); }
+    QByteArray toByteArray() const { return QByteArray(data(), qsizetype(size())); }
+
+    friend bool operator==(const Cell& a, const Cell& b) noexcept {
+        size_t n = a.size();
+        return n == b.size() && std::memcmp(a.data(), b.data(), n) == 0;
+    }
+    friend bool operator==(const Cell& a, QByteArrayView b) noexcept { return a.view() == b; }
+
+    // Adopts a block from malloc of exactly `size` bytes; used by the parser
+    // to avoid a second copy of long fields.
+    static Cell adoptHeap(char* block, size_t size) noexcept {
+        Cell c;
+        c.setHeap(block, size);
+        return c;
+    }
+
+private:
+    static constexpr uint8_t kHeapTag = 0xFF;
+    static constexpr uint64_t kSizeMask = (uint64_t(1) << 56) - 1;
+
+    void clearRaw() noexcept { std::memset(raw_, 0, sizeof raw_); }
+    void release() noexcept {
+        if (isHeap()) std::free(const_cast<char*>(data()));
+    }
+    void setHeap(char* block, size_t size) noexcept {
+        std::memcpy(raw_, &block, sizeof block);
+        uint64_t word = uint64_t(size) | (uint64_t(kHeapTag) << 56);
+        std::memcpy(raw_ + 8, &word, 8);
+    }
+    void initFrom(const char* bytes, size_t size) {
+        if (size <= size_t(kInlineCapacity)) {
+            clearRaw();
+            if (size) std::memcpy(raw_, bytes, size);
+            raw_[15] = char(size);
+            return;
+        }
+        char* block = static_cast<char*>(std::malloc(size));
+        if (!block) throw std::bad_alloc();
+        std::memcpy(block, bytes, size);
+        setHeap(block, size);
+    }
+
+    alignas(8) char raw_[16];
+};
+
+static_assert(sizeof(Cell) == 16, "a cell must stay two words");

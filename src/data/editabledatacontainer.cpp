@@ -1,0 +1,861 @@
+#include "editabledatacontainer.h"
+
+#include "csvstatemachine.h"
+#include "narrowcsvscanner.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <climits>
+#include <unordered_map>
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace {
+
+constexpr qint64 kMaxIndex = INT_MAX - 1; // row and column numbers are 32-bit
+
+// A page-aligned read buffer whose consumed part can be handed back to the
+// kernel while the chunk is parsed, so that the chunk does not add to the
+// load's peak memory on top of the cells made from it.
+class ChunkBuffer {
+public:
+    explicit ChunkBuffer(qint64 size) : size_(size) {
+#if defined(__linux__)
+        void* p = ::mmap(nullptr, size_t(size), PROT_READ | PROT_WRITE,
+                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        data_ = p == MAP_FAILED ? nullptr : static_cast<char*>(p);
+#else
+        data_ = static_cast<char*>(std::malloc(size_t(size)));
+#endif
+        if (!data_) throw std::bad_alloc();
+    }
+    ~ChunkBuffer() {
+#if defined(__linux__)
+        ::munmap(data_, size_t(size_));
+#else
+        std::free(data_);
+#endif
+    }
+    ChunkBuffer(const ChunkBuffer&) = delete;
+    ChunkBuffer& operator=(const ChunkBuffer&) = delete;
+    char* data() { return data_; }
+    // Drops the pages wholly inside [from, to); their contents are not needed
+    // again before the next read overwrites them.
+    void release(const char* from, const char* to) {
+#if defined(__linux__)
+        const uintptr_t page = 4096;
+        uintptr_t a = (reinterpret_cast<uintptr_t>(from) + page - 1) & ~(page - 1);
+        uintptr_t b = reinterpret_cast<uintptr_t>(to) & ~(page - 1);
+        if (b > a) ::madvise(reinterpret_cast<void*>(a), b - a, MADV_DONTNEED);
+#else
+        (void)from;
+        (void)to;
+#endif
+    }
+
+private:
+    char* data_ = nullptr;
+    qint64 size_;
+};
+
+qint64 readFully(QFile& file, char* buffer, qint64 size) {
+    qint64 got = 0;
+    while (got < size) {
+        const qint64 n = file.read(buffer + got, size - got);
+        if (n <= 0) break; // an error mid-file reads as the end of the data
+        got += n;
+    }
+    return got;
+}
+
+} // namespace
+
+// Receives the reader's cells. Lines arrive strictly in order, so a line is
+// gathered in a scratch row and moved into the store, exactly sized, when the
+// next line starts. The effect is that of setCell for each field.
+class CsvRowSink {
+public:
+    CsvRowSink(EditableDataContainer& c, qint64 file_size, ChunkBuffer& buffer)
+        : c_(c), buffer_(buffer), file_size_(file_size),
+          report_(file_size >= csv::kProgressThreshold),
+          step_units_(csv::kProgressStep / c.width) {}
+
+    void beginFeed(const char* start) {
+        feed_start_ = start;
+        released_ = start;
+    }
+
+    bool lineStart(qint64 unit_offset, qint64 feed_position) {
+        if (c_.canceled.load(std::memory_order_relaxed)) return false;
+        if (report_ && unit_offset > next_report_) {
+            next_report_ += step_units_;
+            c_.progressHandshake(int(unit_offset / step_units_),
+                                 int(file_size_ / csv::kProgressStep + 1),
+                                 int(file_size_ / csv::kMiB));
+        }
+        const char* here = feed_start_ + feed_position;
+        if (here - released_ >= kReleaseStep) {
+            buffer_.release(released_, here);
+            released_ = here;
+        }
+        return true;
+    }
+
+    void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
+        if (Q_UNLIKELY(row > kMaxIndex || column > kMaxIndex || row < 0 || column < 0)) return;
+        if (Q_UNLIKELY(row != current_row_)) {
+            commit();
+            current_row_ = row;
+            c_.row_count = int(row + 1);
+        }
+        if (Q_UNLIKELY(column >= c_.column_count)) c_.column_count = int(column + 1);
+        const int col = int(column);
+        // Fields arrive left to right, so the common case appends.
+        if (Q_LIKELY(col == scratch_.size())) {
+            if (size) scratch_.push_back(Cell(bytes, size));
+            return;
+        }
+        if (size == 0) {
+            if (col < scratch_.size()) scratch_[col] = Cell();
+            return;
+        }
+        if (col >= scratch_.size()) scratch_.resize(col + 1);
+        scratch_[col].assign(bytes, size);
+    }
+
+    void commit() {
+        if (current_row_ < 0) return;
+        Row row;
+        scratch_.relocateInto(row);
+        c_.rows.push_back(std::move(row));
+        current_row_ = -1;
+    }
+
+private:
+    static constexpr qint64 kReleaseStep = 32 * csv::kMiB;
+
+    EditableDataContainer& c_;
+    ChunkBuffer& buffer_;
+    const qint64 file_size_;
+    const bool report_;
+    const qint64 step_units_;
+    qint64 next_report_ = -1;
+    qint64 current_row_ = -1;
+    Row scratch_;
+    const char* feed_start_ = nullptr;
+    const char* released_ = nullptr;
+};
+
+EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
+EditableDataContainer::~EditableDataContainer() = default;
+
+template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine) {
+    QFile file(filepath_);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return false;
+    const qint64 size = file.size();
+    file_size = size;
+    if (size == 0) {
+        file.close();
+        emit loadFinishedSignal();
+        return true;
+    }
+    if (size >= csv::kProgressThreshold) startProgressHandshake();
+
+    rows = RelocatableVector<Row>();
+    row_count = 0;
+    column_count = 0;
+
+    const int w = width;
+    qint64 chunk = std::min(size, std::max<qint64>(chunk_limit, w));
+    chunk -= chunk % w;
+    if (chunk < w) chunk = w;
+    ChunkBuffer buffer(chunk);
+    CsvRowSink sink(*this, size, buffer);
+    auto engine = make_engine(sink);
+
+    qint64 unit_base = 0;
+    bool first = true;
+    for (;;) {
+        const qint64 got = readFully(file, buffer.data(), chunk);
+        const qint64 units = got / w; // a trailing part of a unit is dropped
+        if (units == 0) break;
+        qint64 skip = 0;
+        if (first) {
+            skip = detectBom(buffer.data(), got, true) / w;
+            first = false;
+        }
+        sink.beginFeed(buffer.data() + skip * w);
+        if (!engine.feed(buffer.data() + skip * w, units - skip, unit_base + skip)) {
+            sink.commit(); // what was read so far stays
+            return false;
+        }
+        unit_base += units;
+        if (got < chunk) break;
+    }
+    engine.finish();
+    sink.commit();
+    file.close();
+    emit loadFinishedSignal();
+    return true;
+}
+
+bool EditableDataContainer::loadCSV() {
+    if (width > 1) return loadCSVWide();
+    if (delimiter_load == 0) return loadCSVNoDelimiter();
+    const bool quotes = parsing_standard != DelimiterOnly;
+    if (NarrowCsvScanner<true, CsvRowSink>::supportsDelimiter(delimiter_load)) {
+        auto make = [&](CsvRowSink& s) {
+            return NarrowCsvScanner<true, CsvRowSink>(s, delimiter_load, quotes);
+        };
+        return runLoad(make);
+    }
+    auto make = [&](CsvRowSink& s) {
+        return CsvStateMachine<1, false, true, CsvRowSink>(s, delimiter_load, quotes);
+    };
+    return runLoad(make);
+}
+
+bool EditableDataContainer::loadCSVNoDelimiter() {
+    auto make = [&](CsvRowSink& s) { return NarrowCsvScanner<false, CsvRowSink>(s, 0, false); };
+    return runLoad(make);
+}
+
+namespace {
+template <bool Delimited, class Container, class Run>
+bool runWide(int width, bool big_endian, char delimiter, bool quotes, Run&& run) {
+    if (width == 2 && big_endian) {
+        auto make = [&](CsvRowSink& s) {
+            return CsvStateMachine<2, true, Delimited, CsvRowSink>(s, delimiter, quotes);
+        };
+        return run(make);
+    }
+    if (width == 2) {
+        auto make = [&](CsvRowSink& s) {
+            return CsvStateMachine<2, false, Delimited, CsvRowSink>(s, delimiter, quotes);
+        };
+        return run(make);
+    }
+    if (big_endian) {
+        auto make = [&](CsvRowSink& s) {
+            return CsvStateMachine<4, true, Delimited, CsvRowSink>(s, delimiter, quotes);
+        };
+        return run(make);
+    }
+    auto make = [&](CsvRowSink& s) {
+        return CsvStateMachine<4, false, Delimited, CsvRowSink>(s, delimiter, quotes);
+    };
+    return run(make);
+}
+} // namespace
+
+bool EditableDataContainer::loadCSVWide() {
+    if (delimiter_load == 0) return loadCSVWideNoDelimiter();
+    if (width == 1) return loadCSV();
+    return runWide<true, EditableDataContainer>(
+        width, encodingIsBigEndian(encoding), delimiter_load, parsing_standard != DelimiterOnly,
+        [this](auto& make) { return runLoad(make); });
+}
+
+bool EditableDataContainer::loadCSVWideNoDelimiter() {
+    if (width == 1) return loadCSVNoDelimiter();
+    return runWide<false, EditableDataContainer>(width, encodingIsBigEndian(encoding), 0, false,
+                                                 [this](auto& make) { return runLoad(make); });
+}
+
+// ---------------------------------------------------------------------------
+// Cell and line operations
+
+QByteArray EditableDataContainer::data(int row, int column, bool) const {
+    return cellView(row, column).toByteArray();
+}
+
+int EditableDataContainer::columnCountOfRow(int row) const {
+    if (row < 0 || row >= rows.size()) return 0;
+    const Row& r = rows[row];
+    for (int c = r.size(); c > 0; --c)
+        if (!r[c - 1].isEmpty()) return c;
+    return 0;
+}
+
+namespace {
+// Walks the columns (or rows) chosen by a selection mode, from `start` to
+// `end`, calling f(index) until it returns true; returns whether any did.
+template <class F>
+bool anyChosen(int start, int end, SelectionMode mode, const IndexList& list, F&& f) {
+    if (list.empty()) mode = All;
+    if (mode == All) {
+        for (int i = std::max(start, 0); i < end; ++i)
+            if (f(i)) return true;
+    } else if (mode == Except) {
+        size_t k = 0;
+        for (int i = std::max(start, 0); i < end; ++i) {
+            while (k < list.size() && list[k] < i) ++k;
+            if (k < list.size() && list[k] == i) continue;
+            if (f(i)) return true;
+        }
+    } else {
+        for (int i : list)
+            if (i >= start && i < end && f(i)) return true;
+    }
+    return false;
+}
+} // namespace
+
+IndexList EditableDataContainer::emptyRows(int start_column, SelectionMode mode,
+                                           const IndexList& columns) const {
+    IndexList result;
+    for (int r = 0; r < row_count; ++r) {
+        if (r >= rows.size() || rows[r].size() == 0) {
+            result.push_back(r);
+            continue;
+        }
+        const Row& row = rows[r];
+        if (!anyChosen(start_column, row.size(), mode, columns,
+                       [&](int c) { return !row[c].isEmpty(); }))
+            result.push_back(r);
+    }
+    return result;
+}
+
+IndexList EditableDataContainer::emptyColumns(int start_row, SelectionMode mode,
+                                              const IndexList& chosen_rows) const {
+    IndexList result;
+    const int stored = rows.size();
+    for (int c = 0; c < column_count; ++c) {
+        if (!anyChosen(start_row, stored, mode, chosen_rows, [&](int r) {
+                return c < rows[r].size() && !rows[r][c].isEmpty();
+            }))
+            result.push_back(c);
+    }
+    return result;
+}
+
+int EditableDataContainer::trailingEmptyRows() const {
+    int count = row_count - rows.size();
+    for (int r = rows.size() - 1; r >= 0; --r) {
+        if (columnCountOfRow(r) > 0) break;
+        ++count;
+    }
+    return count;
+}
+
+int EditableDataContainer::trailingEmptyColumns() const {
+    if (rows.empty()) return column_count;
+    int smallest = column_count;
+    for (int r = 0; r < rows.size(); ++r)
+        smallest = std::min(smallest, column_count - columnCountOfRow(r));
+    return std::max(smallest, 0);
+}
+
+bool EditableDataContainer::setCell(int row, int column, QByteArrayView bytes) {
+    if (row < 0 || column < 0) return false;
+    if (row >= rows.size()) {
+        rows.resize(row + 1);
+        row_count = std::max(row_count, row + 1);
+    }
+    if (column >= column_count) setColumnCount(column + 1);
+    Row& r = rows[row];
+    if (column >= r.size()) {
+        if (bytes.isEmpty()) return true;
+        r.resize(column + 1);
+    }
+    r[column].assign(bytes);
+    return true;
+}
+
+bool EditableDataContainer::setRowCount(int n) {
+    if (n < 0) return false;
+    if (n < rows.size()) rows.resize(n);
+    row_count = n;
+    return true;
+}
+
+bool EditableDataContainer::setColumnCount(int n) {
+    if (n < 0) return false;
+    if (n < column_count)
+        for (Row& r : rows)
+            if (r.size() > n) r.resize(n);
+    column_count = n;
+    return true;
+}
+
+bool EditableDataContainer::clear() {
+    rows = RelocatableVector<Row>();
+    return true;
+}
+
+void EditableDataContainer::getRow(CellList& out, int row, SelectionMode mode,
+                                   const IndexList& columns) const {
+    out.clear();
+    if (columns.empty()) mode = All;
+    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    auto cell = [&](int c) { return r && c >= 0 && c < r->size() ? (*r)[c] : Cell(); };
+    if (mode == Only) {
+        for (int c : columns) out.push_back(cell(c));
+        return;
+    }
+    size_t k = 0;
+    for (int c = 0; c < column_count; ++c) {
+        if (mode == Except) {
+            while (k < columns.size() && columns[k] < c) ++k;
+            if (k < columns.size() && columns[k] == c) continue;
+        }
+        out.push_back(cell(c));
+    }
+}
+
+void EditableDataContainer::getColumn(CellList& out, int column, SelectionMode mode,
+                                      const IndexList& chosen_rows) const {
+    out.clear();
+    if (chosen_rows.empty()) mode = All;
+    auto cell = [&](int r) {
+        return r >= 0 && r < rows.size() && column >= 0 && column < rows[r].size() ? rows[r][column]
+                                                                                   : Cell();
+    };
+    if (mode == Only) {
+        for (int r : chosen_rows) out.push_back(cell(r));
+        return;
+    }
+    size_t k = 0;
+    for (int r = 0; r < row_count; ++r) {
+        if (mode == Except) {
+            while (k < chosen_rows.size() && chosen_rows[k] < r) ++k;
+            if (k < chosen_rows.size() && chosen_rows[k] == r) continue;
+        }
+        out.push_back(cell(r));
+    }
+}
+
+namespace {
+Row rowFromCells(CellList&& cells) {
+    const int n = int(cells.size());
+    Row row;
+    row.reserveExact(n);
+    for (int i = 0; i < n; ++i) row.push_back(std::move(cells[size_t(i)]));
+    return row;
+}
+} // namespace
+
+void EditableDataContainer::setRow(int row, CellList&& cells) {
+    if (row < 0) return;
+    if (row >= rows.size()) rows.resize(row + 1);
+    row_count = std::max(row_count, row + 1);
+    column_count = std::max(column_count, int(cells.size()));
+    rows[row] = rowFromCells(std::move(cells));
+}
+
+void EditableDataContainer::setColumn(int column, CellList&& cells) {
+    if (column < 0) return;
+    const int n = int(cells.size());
+    if (n > rows.size()) rows.resize(n);
+    row_count = std::max(row_count, n);
+    column_count = std::max(column_count, column + 1);
+    for (int r = 0; r < n; ++r) {
+        Row& row = rows[r];
+        if (column >= row.size()) {
+            if (cells[size_t(r)].isEmpty()) continue;
+            row.resize(column + 1);
+        }
+        row[column] = std::move(cells[size_t(r)]);
+    }
+}
+
+void EditableDataContainer::insertRow(int row, CellList&& cells) {
+    if (!insertRows(row, 1)) return;
+    setRow(row, std::move(cells));
+}
+
+void EditableDataContainer::insertColumn(int column, CellList&& cells) {
+    if (!insertColumns(column, 1)) return;
+    setColumn(column, std::move(cells));
+}
+
+void EditableDataContainer::insertRowList(int row, std::vector<CellList>&& new_rows) {
+    const int count = int(new_rows.size());
+    if (row < 0 || count < 1) return;
+    if (row > rows.size()) rows.resize(row);
+    rows.insertEmpty(row, count);
+    for (int i = 0; i < count; ++i) {
+        column_count = std::max(column_count, int(new_rows[size_t(i)].size()));
+        rows[row + i] = rowFromCells(std::move(new_rows[size_t(i)]));
+    }
+    row_count = std::max(row_count, row) + count;
+}
+
+void EditableDataContainer::insertColumnList(int column, std::vector<CellList>&& columns) {
+    const int count = int(columns.size());
+    if (column < 0 || count < 1) return;
+    if (rows.empty()) {
+        column_count += count;
+        return;
+    }
+    insertColumns(column, count);
+    for (int j = 0; j < count; ++j) setColumn(column + j, std::move(columns[size_t(j)]));
+}
+
+bool EditableDataContainer::insertRows(int row, int count) {
+    if (count < 1 || row < 0) return false;
+    if (row >= rows.size()) {
+        row_count = std::max(row_count, row) + count;
+        return true;
+    }
+    rows.insertEmpty(row, count);
+    row_count += count;
+    return true;
+}
+
+bool EditableDataContainer::insertColumns(int column, int count) {
+    if (count < 1 || column < 0) return false;
+    if (column >= column_count) {
+        column_count = column + count;
+        return true;
+    }
+    for (Row& r : rows)
+        if (r.size() > column) r.insertEmpty(column, count);
+    column_count += count;
+    return true;
+}
+
+bool EditableDataContainer::removeRows(int row, int count) {
+    if (count < 1 || row < 0) return false;
+    if (row >= row_count) return true;
+    count = std::min(count, row_count - row);
+    if (row < rows.size()) rows.erase(row, std::min(count, rows.size() - row));
+    row_count -= count;
+    return true;
+}
+
+bool EditableDataContainer::removeColumns(int column, int count) {
+    if (count < 1 || column < 0) return false;
+    if (column >= column_count) return true;
+    count = std::min(count, column_count - column);
+    for (Row& r : rows)
+        if (r.size() > column) r.erase(column, std::min(count, r.size() - column));
+    column_count -= count;
+    return true;
+}
+
+void EditableDataContainer::copyRow(int from, int to) {
+    if (to < 0 || from == to) return;
+    if (to >= rows.size()) rows.resize(to + 1);
+    row_count = std::max(row_count, to + 1);
+    if (from >= 0 && from < rows.size()) rows[to] = rows[from];
+    else rows[to] = Row();
+}
+
+void EditableDataContainer::copyColumn(int from, int to) {
+    if (to < 0 || from == to) return;
+    column_count = std::max(column_count, to + 1);
+    for (Row& r : rows) {
+        const bool stored = from >= 0 && from < r.size();
+        if (!stored || r[from].isEmpty()) {
+            if (to < r.size()) r[to] = Cell();
+            continue;
+        }
+        if (to >= r.size()) r.resize(to + 1);
+        r[to] = r[from];
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Sort application
+
+bool EditableDataContainer::applyRowPermutation(const std::vector<int>& P,
+                                                const std::function<bool(int, int)>& step) {
+    const int n = int(P.size());
+    {
+        std::vector<bool> seen(size_t(n), false);
+        for (int p : P) {
+            if (p < 0 || p >= n || seen[size_t(p)]) return false;
+            seen[size_t(p)] = true;
+        }
+    }
+    if (n > rows.size()) rows.resize(n); // lines beyond the store are empty rows
+    row_count = std::max(row_count, n);
+    // Cycle by cycle, one row handle in hand: the store holds every row exactly
+    // once between cycles, so stopping there leaves a consistent table.
+    std::vector<bool> done(size_t(n), false);
+    int moved = 0;
+    for (int s = 0; s < n; ++s) {
+        if (done[size_t(s)]) continue;
+        if (step && !step(moved, n)) return false;
+        Row in_hand = std::move(rows[s]);
+        int j = s;
+        do {
+            done[size_t(j)] = true;
+            const int dest = P[size_t(j)];
+            std::swap(in_hand, rows[dest]);
+            j = dest;
+            ++moved;
+        } while (j != s);
+    }
+    return true;
+}
+
+void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
+    const int n = int(P.size());
+    {
+        std::vector<bool> seen(size_t(n), false);
+        for (int p : P) {
+            if (p < 0 || p >= n || seen[size_t(p)]) return;
+            seen[size_t(p)] = true;
+        }
+    }
+    column_count = std::max(column_count, n);
+    Row scratch;
+    for (Row& r : rows) {
+        if (r.empty()) continue;
+        scratch.resize(std::max(n, r.size()));
+        for (int c = 0; c < r.size(); ++c) {
+            const int dest = c < n ? P[size_t(c)] : c;
+            scratch[dest] = std::move(r[c]);
+        }
+        int size = scratch.size();
+        while (size > 0 && scratch[size - 1].isEmpty()) --size;
+        scratch.resize(size);
+        r.clear();
+        scratch.relocateInto(r);
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Writing
+
+namespace {
+
+// The code units of one save dialect, as byte patterns of the file's width.
+struct UnitPatterns {
+    UnitPatterns(int width, bool big_endian, char delimiter) {
+        auto unit = [&](char c) {
+            QByteArray u(width, '\0');
+            u[big_endian ? width - 1 : 0] = c;
+            return u;
+        };
+        delim = delimiter ? unit(delimiter) : QByteArray();
+        quote = unit('"');
+        quote2 = quote + quote;
+        cr = unit('\r');
+        lf = unit('\n');
+        rs = unit('\x1E');
+    }
+    QByteArray delim, quote, quote2, cr, lf, rs;
+};
+
+bool cellNeedsQuotes(QByteArrayView cell, ParsingStandard standard, char d) {
+    switch (standard) {
+    case Rfc4180:
+        for (char c : cell)
+            if (c == d || c == '"' || c == '\r' || c == '\n') return true;
+        return false;
+    case SparseQuotes:
+        for (char c : cell)
+            if (c == d || c == '\r' || c == '\n') return true;
+        return false;
+    case AllQuotes: return true;
+    default: return false;
+    }
+}
+
+void appendCell(QByteArray& out, QByteArrayView cell, ParsingStandard standard, char d) {
+    if (d == 0) {
+        out.append(cell);
+        return;
+    }
+    if (!cellNeedsQuotes(cell, standard, d)) {
+        out.append(cell);
+        out.append(d);
+        return;
+    }
+    out.append('"');
+    const char* p = cell.data();
+    const char* end = p + cell.size();
+    while (p < end) {
+        const char* q = static_cast<const char*>(std::memchr(p, '"', size_t(end - p)));
+        if (!q) {
+            out.append(p, end - p);
+            break;
+        }
+        out.append(p, q - p + 1);
+        out.append('"');
+        p = q + 1;
+    }
+    out.append('"');
+    out.append(d);
+}
+
+// Wide cells are searched at every byte offset, not only at unit boundaries:
+// a false match only adds harmless quoting.
+void appendCellWide(QByteArray& out, QByteArrayView cell, ParsingStandard standard,
+                    const UnitPatterns& u) {
+    if (u.delim.isEmpty()) {
+        out.append(cell);
+        return;
+    }
+    bool quote = false;
+    switch (standard) {
+    case Rfc4180:
+        quote = cell.indexOf(u.delim) >= 0 || cell.indexOf(u.quote) >= 0 ||
+                cell.indexOf(u.cr) >= 0 || cell.indexOf(u.lf) >= 0;
+        break;
+    case SparseQuotes:
+        quote = cell.indexOf(u.delim) >= 0 || cell.indexOf(u.cr) >= 0 || cell.indexOf(u.lf) >= 0;
+        break;
+    case AllQuotes: quote = true; break;
+    default: break;
+    }
+    if (!quote) {
+        out.append(cell);
+        out.append(u.delim);
+        return;
+    }
+    out.append(u.quote);
+    qsizetype from = 0;
+    for (;;) {
+        const qsizetype at = cell.indexOf(u.quote, from);
+        if (at < 0) break;
+        out.append(cell.sliced(from, at - from));
+        out.append(u.quote2);
+        from = at + u.quote.size();
+    }
+    out.append(cell.sliced(from));
+    out.append(u.quote);
+    out.append(u.delim);
+}
+
+bool listed(const IndexList& list, size_t& k, int i) {
+    while (k < list.size() && list[k] < i) ++k;
+    return k < list.size() && list[k] == i;
+}
+
+// The shared walk of a row or column writer over cells 0..n-1 and the padding
+// up to `logical`; `cell(i)` gives cell i, `put` writes one cell and `pad`
+// one padding entry. Returns nothing; the callers finish the line.
+template <class CellAt, class Put, class Pad>
+void walkLine(int n, int logical, SelectionMode mode, const IndexList& list, bool padding,
+              CellAt&& cell, Put&& put, Pad&& pad) {
+    if (mode == Only) {
+        for (int i : list)
+            if (i >= 0 && i < n) put(cell(i));
+        return;
+    }
+    size_t k = 0;
+    for (int i = 0; i < n; ++i) {
+        if (mode == Except && listed(list, k, i)) continue;
+        put(cell(i));
+    }
+    if (!padding) return;
+    for (int i = n; i < logical; ++i) {
+        if (mode == Except && listed(list, k, i)) continue;
+        pad(mode == All);
+    }
+}
+
+} // namespace
+
+void EditableDataContainer::appendRowBytes(QByteArray& out, int row, SelectionMode mode,
+                                           const IndexList& columns) const {
+    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    int n = r ? r->size() : 0;
+    if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
+    const char d = delimiter_save;
+    const qsizetype start = out.size();
+    walkLine(
+        n, column_count, mode, columns, d != 0 && save_trailing_delimiters,
+        [&](int c) { return (*r)[c].view(); },
+        [&](QByteArrayView cell) { appendCell(out, cell, parsing_standard, d); },
+        [&](bool all) {
+            if (all && parsing_standard == AllQuotes) out.append("\"\"", 2);
+            out.append(d);
+        });
+    if (d != 0 && out.size() > start) out.chop(1);
+    if (line_ending == WindowsLineEnding) out.append("\r\n", 2);
+    else if (line_ending == RecordSeparatorLineEnding) out.append('\x1E');
+    else out.append('\n');
+}
+
+void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode mode,
+                                       const IndexList& columns) const {
+    out.resize(0);
+    if (width > 1) {
+        rowToBytesWide(out, row, mode, columns);
+        return;
+    }
+    appendRowBytes(out, row, mode, columns);
+}
+
+void EditableDataContainer::rowToBytesWide(QByteArray& out, int row, SelectionMode mode,
+                                           const IndexList& columns) const {
+    out.resize(0);
+    const UnitPatterns u(width, encodingIsBigEndian(encoding), delimiter_save);
+    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    int n = r ? r->size() : 0;
+    if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
+    const bool delimited = delimiter_save != 0;
+    walkLine(
+        n, column_count, mode, columns, delimited && save_trailing_delimiters,
+        [&](int c) { return (*r)[c].view(); },
+        [&](QByteArrayView cell) { appendCellWide(out, cell, parsing_standard, u); },
+        [&](bool all) {
+            if (all && parsing_standard == AllQuotes) out.append(u.quote2);
+            out.append(u.delim);
+        });
+    if (delimited && !out.isEmpty()) out.chop(width);
+    if (line_ending == WindowsLineEnding) out.append(u.cr).append(u.lf);
+    else if (line_ending == RecordSeparatorLineEnding) out.append(u.rs);
+    else out.append(u.lf);
+}
+
+namespace {
+int lastNonEmpty(const CellList& cells) {
+    int n = int(cells.size());
+    while (n > 0 && cells[size_t(n - 1)].isEmpty()) --n;
+    return n;
+}
+} // namespace
+
+void EditableDataContainer::columnToBytes(QByteArray& out, int column, SelectionMode mode,
+                                          const IndexList& chosen_rows) const {
+    out.resize(0);
+    if (width > 1) {
+        columnToBytesWide(out, column, mode, chosen_rows);
+        return;
+    }
+    CellList cells;
+    getColumn(cells, column, All, {});
+    int n = int(cells.size());
+    if (!save_trailing_delimiters) n = lastNonEmpty(cells);
+    const char d = delimiter_save;
+    walkLine(
+        n, row_count, mode, chosen_rows, d != 0 && save_trailing_delimiters,
+        [&](int r) { return cells[size_t(r)].view(); },
+        [&](QByteArrayView cell) { appendCell(out, cell, parsing_standard, d); },
+        [&](bool all) {
+            if (all && parsing_standard == AllQuotes) out.append("\"\"", 2);
+            out.append(d);
+        });
+    if (d != 0) out.chop(1);
+    out.append('\n'); // a transposed save always ends its lines in LF
+}
+
+void EditableDataContainer::columnToBytesWide(QByteArray& out, int column, SelectionMode mode,
+                                              const IndexList& chosen_rows) const {
+    out.resize(0);
+    const UnitPatterns u(width, encodingIsBigEndian(encoding), delimiter_save);
+    CellList cells;
+    getColumn(cells, column, All, {});
+    int n = int(cells.size());
+    if (!save_trailing_delimiters) n = lastNonEmpty(cells);
+    const bool delimited = delimiter_save != 0;
+    walkLine(
+        n, row_count, mode, chosen_rows, delimited && save_trailing_delimiters,
+        [&](int r) { return cells[size_t(r)].view(); },
+        [&](QByteArrayView cell) { appendCellWide(out, cell, parsing_standard, u); },
+        [&](bool all) {
+            if (all && parsing_standard == AllQuotes) out.append(u.quote2);
+            out.append(u.delim);
+        });
+    if (delimited) out.chop(width);
+    out.append(u.lf);
+}

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "abstractdatacontainer.h"
+#include "relocatablevector.h"
+
+#include <functional>
+
+using Row = RelocatableVector<Cell>;
+
+// The in-memory store. Sparse at its right and bottom edges: `row_count` and
+// `column_count` are logical sizes, and anything beyond what is stored reads
+// as an empty cell. An empty cell and a missing cell are the same thing.
+class EditableDataContainer : public AbstractDataContainer {
+    Q_OBJECT
+
+public:
+    explicit EditableDataContainer(QObject* parent = nullptr);
+    ~EditableDataContainer() override;
+
+    QByteArray data(int row, int column, bool raw = false) const override;
+    int rowCount() const override { return row_count; }
+    int columnCount() const override { return column_count; }
+    int columnCountOfRow(int row) const override;
+    IndexList emptyRows(int start_column, SelectionMode mode,
+                        const IndexList& columns) const override;
+    IndexList emptyColumns(int start_row, SelectionMode mode, const IndexList& rows) const override;
+    int trailingEmptyRows() const override;
+    int trailingEmptyColumns() const override;
+    bool setCell(int row, int column, QByteArrayView bytes) override;
+    bool setRowCount(int n) override;
+    bool setColumnCount(int n) override;
+    bool clear() override;
+    void getRow(CellList& out, int row, SelectionMode mode, const IndexList& columns) const override;
+    void getColumn(CellList& out, int column, SelectionMode mode,
+                   const IndexList& rows) const override;
+    void setRow(int row, CellList&& cells) override;
+    void setColumn(int column, CellList&& cells) override;
+    void insertRow(int row, CellList&& cells) override;
+    void insertColumn(int column, CellList&& cells) override;
+    void insertRowList(int row, std::vector<CellList>&& new_rows) override;
+    void insertColumnList(int column, std::vector<CellList>&& columns) override;
+    bool insertRows(int row, int count) override;
+    bool insertColumns(int column, int count) override;
+    bool removeRows(int row, int count) override;
+    bool removeColumns(int column, int count) override;
+    void copyRow(int from, int to) override;
+    void copyColumn(int from, int to) override;
+    void rowToBytes(QByteArray& out, int row, SelectionMode mode,
+                    const IndexList& columns) const override;
+    void rowToBytesWide(QByteArray& out, int row, SelectionMode mode,
+                        const IndexList& columns) const override;
+    void columnToBytes(QByteArray& out, int column, SelectionMode mode,
+                       const IndexList& rows) const override;
+    void columnToBytesWide(QByteArray& out, int column, SelectionMode mode,
+                           const IndexList& rows) const override;
+
+    // Allocation-free access for hot paths (painting, saving, sort keys).
+    // The view is valid until the store is next changed.
+    QByteArrayView cellView(int row, int column) const {
+        if (row < 0 || row >= rows.size() || column < 0 || column >= rows[row].size()) return {};
+        return rows[row][column].view();
+    }
+    int storedRowCount() const { return rows.size(); }
+    int storedCellCount(int row) const { return row >= 0 && row < rows.size() ? rows[row].size() : 0; }
+    qint64 fileSize() const { return file_size; }
+
+    // Sort application: P[i] is the position the line now at i moves to.
+    // Row handles and cells move; no byte is copied. `step(done, total)` is
+    // asked as the work goes on; returning false stops at the end of the
+    // current cycle, leaving a consistent store in a mixed order.
+    bool applyRowPermutation(const std::vector<int>& P,
+                             const std::function<bool(int, int)>& step = {});
+    void applyColumnPermutation(const std::vector<int>& P);
+
+public slots:
+    bool loadCSV() override;
+    bool loadCSVNoDelimiter();
+    bool loadCSVWide();
+    bool loadCSVWideNoDelimiter();
+
+protected:
+    int storedLineCount() const override { return rows.size(); }
+
+private:
+    friend class CsvRowSink;
+    template <class Impl> bool runLoad(Impl& impl);
+    void appendRowBytes(QByteArray& out, int row, SelectionMode mode,
+                        const IndexList& columns) const;
+
+    RelocatableVector<Row> rows;
+    qint64 file_size = 0;
+    int row_count = 0;
+    int column_count = 0;
+};
+

@@ -1,0 +1,220 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+// The single-byte reader. It produces exactly the cells of the unit-by-unit
+// state machine (CsvStateMachine<1, ...>), but instead of stepping through
+// every byte it jumps from one special byte to the next and hands each field
+// to the host straight out of the chunk. Only a field cut by a chunk seam is
+// copied into the spill buffer first, and only a quoted field holding doubled
+// quotes is rewritten.
+//
+// It assumes the delimiter is none of CR, LF, RS or the quote; the caller uses
+// the state machine for those odd dialects. Without `Delimited` each line is
+// one cell and quotes mean nothing.
+template <bool Delimited, class Host> class NarrowCsvScanner {
+public:
+    NarrowCsvScanner(Host& host, char delimiter, bool quotes)
+        : host_(host), delimiter_(delimiter), quotes_(quotes && Delimited) {}
+
+    static bool supportsDelimiter(char d) {
+        return d != 0 && d != '\r' && d != '\n' && d != 0x1E && d != '"';
+    }
+
+    bool feed(const char* p, qint64 n, qint64 base) {
+        qint64 i = 0;
+        qint64 begin = 0; // start of the current field in this chunk
+        while (i < n) {
+            switch (state_) {
+            case AfterCR:
+                if (p[i] == '\n') ++i;
+                state_ = LineStart;
+                break;
+            case LineStart:
+                ++row_;
+                column_ = -1;
+                if (!host_.lineStart(base + i, i)) return false;
+                [[fallthrough]];
+            case FieldStart: {
+                ++column_;
+                spill_.clear();
+                begin = i;
+                const char c = p[i++];
+                if (isDelimiter(c)) {
+                    host_.setCell(row_, column_, nullptr, 0);
+                    state_ = FieldStart;
+                } else if (isLineEnd(c)) {
+                    host_.setCell(row_, column_, nullptr, 0);
+                    lineEnd(c, p, i, n);
+                } else if (c == '"' && quotes_) {
+                    doubled_ = false;
+                    state_ = InQuotes;
+                } else {
+                    state_ = InField;
+                }
+                break;
+            }
+            case InField: {
+                const qint64 j = findSpecial(p, i, n);
+                if (j == n) {
+                    i = n;
+                    break;
+                }
+                emitField(p + begin, j - begin);
+                const char c = p[j];
+                i = j + 1;
+                if (isDelimiter(c)) state_ = FieldStart;
+                else lineEnd(c, p, i, n);
+                break;
+            }
+            case InQuotes: {
+                const void* q = std::memchr(p + i, '"', size_t(n - i));
+                if (!q) {
+                    i = n;
+                    break;
+                }
+                i = static_cast<const char*>(q) - p + 1;
+                state_ = AfterQuote;
+                break;
+            }
+            case AfterQuote: {
+                const char c = p[i];
+                if (isDelimiter(c) || isLineEnd(c)) {
+                    emitQuoted(p + begin, i - begin);
+                    ++i;
+                    if (isDelimiter(c)) state_ = FieldStart;
+                    else lineEnd(c, p, i, n);
+                } else if (c == '"') {
+                    doubled_ = true;
+                    ++i;
+                    state_ = InQuotes;
+                } else {
+                    ++i;
+                    state_ = InField; // text after the closing quote: kept literally
+                }
+                break;
+            }
+            }
+        }
+        // A field still open at the seam continues in the next chunk.
+        if (state_ == InField || state_ == InQuotes || state_ == AfterQuote)
+            spill_.append(p + begin, size_t(n - begin));
+        return true;
+    }
+
+    void finish() {
+        switch (state_) {
+        case InField:
+            host_.setCell(row_, column_, spill_.data(), spill_.size());
+            break;
+        case InQuotes: {
+            // Unterminated: kept with its opening quote; a final delimiter or
+            // line end is lost.
+            size_t n = spill_.size();
+            if (n > 0) {
+                const char last = spill_[n - 1];
+                if (isDelimiter(last) || isLineEnd(last)) --n;
+            }
+            host_.setCell(row_, column_, spill_.data(), n);
+            break;
+        }
+        case AfterQuote:
+            emitQuoted(nullptr, 0);
+            break;
+        default:
+            break; // the last field was written when its terminator was seen
+        }
+    }
+
+private:
+    enum State { LineStart, FieldStart, InField, InQuotes, AfterQuote, AfterCR };
+
+    bool isDelimiter(char c) const { return Delimited && c == delimiter_; }
+    static bool isLineEnd(char c) {
+        const unsigned u = uint8_t(c);
+        return u < 32 && ((1u << u) & ((1u << '\r') | (1u << '\n') | (1u << 0x1E)));
+    }
+    void lineEnd(char c, const char* p, qint64& i, qint64 n) {
+        if (c != '\r') {
+            state_ = LineStart;
+        } else if (i < n) {
+            if (p[i] == '\n') ++i;
+            state_ = LineStart;
+        } else {
+            state_ = AfterCR;
+        }
+    }
+    qint64 findSpecial(const char* p, qint64 i, qint64 n) const {
+#if defined(__SSE2__)
+        // Four byte compares per 16 bytes; fields are short, so the first
+        // block usually answers.
+        const __m128i vd = _mm_set1_epi8(Delimited ? delimiter_ : '\n');
+        const __m128i vcr = _mm_set1_epi8('\r');
+        const __m128i vlf = _mm_set1_epi8('\n');
+        const __m128i vrs = _mm_set1_epi8(0x1E);
+        while (i + 16 <= n) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+            const __m128i m = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, vd), _mm_cmpeq_epi8(x, vcr)),
+                                           _mm_or_si128(_mm_cmpeq_epi8(x, vlf), _mm_cmpeq_epi8(x, vrs)));
+            const int mask = _mm_movemask_epi8(m);
+            if (mask) return i + __builtin_ctz(unsigned(mask));
+            i += 16;
+        }
+#endif
+        for (; i < n; ++i) {
+            const char c = p[i];
+            if (isDelimiter(c) || isLineEnd(c)) return i;
+        }
+        return n;
+    }
+    // The field's bytes: the spilled head, if a seam cut it, then [p, p+len).
+    void emitField(const char* p, qint64 len) {
+        if (spill_.empty()) {
+            host_.setCell(row_, column_, p, size_t(len));
+        } else {
+            spill_.append(p, size_t(len));
+            host_.setCell(row_, column_, spill_.data(), spill_.size());
+        }
+    }
+    // `raw` runs from the opening quote to the closing quote inclusive.
+    void emitQuoted(const char* p, qint64 len) {
+        const char* raw = p;
+        size_t n = size_t(len);
+        if (!spill_.empty()) {
+            if (n) spill_.append(p, n);
+            raw = spill_.data();
+            n = spill_.size();
+        }
+        if (n < 2) { // cannot happen for a closed quote; stay safe
+            host_.setCell(row_, column_, raw, n);
+            return;
+        }
+        if (!doubled_) {
+            host_.setCell(row_, column_, raw + 1, n - 2);
+            return;
+        }
+        collapsed_.clear();
+        for (size_t k = 1; k + 1 < n; ++k) {
+            collapsed_.push_back(raw[k]);
+            if (raw[k] == '"' && k + 2 < n && raw[k + 1] == '"') ++k;
+        }
+        host_.setCell(row_, column_, collapsed_.data(), collapsed_.size());
+    }
+
+    Host& host_;
+    const char delimiter_;
+    const bool quotes_;
+    State state_ = LineStart;
+    qint64 row_ = -1;
+    qint64 column_ = -1;
+    bool doubled_ = false;
+    std::string spill_;
+    std::string collapsed_;
+};
