@@ -1,5 +1,7 @@
 #include "abstractdatacontainer.h"
 
+#include "fileparameters.h"
+
 #include <QFile>
 #include <QMutex>
 #include <QThread>
@@ -38,49 +40,13 @@ bool AbstractDataContainer::removeColumns(int, int) { return false; }
 void AbstractDataContainer::copyRow(int, int) {}
 void AbstractDataContainer::copyColumn(int, int) {}
 
-namespace {
-
-bool startsWith(const char* buffer, qint64 size, const char* mark, int n) {
-    return size >= n && std::memcmp(buffer, mark, size_t(n)) == 0;
-}
-
-const char kUtf8Bom[] = "\xEF\xBB\xBF";
-const char kUtf16BeBom[] = "\xFE\xFF";
-const char kUtf16LeBom[] = "\xFF\xFE";
-const char kUtf32BeBom[] = {0, 0, '\xFE', '\xFF'};
-const char kUtf32LeBom[] = {'\xFF', '\xFE', 0, 0};
-
-// The marks that belong to an encoding, longest first. The undecided UTF-16
-// and UTF-32 accept either byte order.
-std::vector<QByteArrayView> marksOf(EncodingType encoding) {
-    switch (encoding) {
-    case Utf8: return {QByteArrayView(kUtf8Bom, 3)};
-    case Utf16: return {QByteArrayView(kUtf16BeBom, 2), QByteArrayView(kUtf16LeBom, 2)};
-    case Utf16BE:
-    case Utf16BEDetected: return {QByteArrayView(kUtf16BeBom, 2)};
-    case Utf16LE:
-    case Utf16LEDetected: return {QByteArrayView(kUtf16LeBom, 2)};
-    case Utf32: return {QByteArrayView(kUtf32BeBom, 4), QByteArrayView(kUtf32LeBom, 4)};
-    case Utf32BE:
-    case Utf32BEDetected: return {QByteArrayView(kUtf32BeBom, 4)};
-    case Utf32LE:
-    case Utf32LEDetected: return {QByteArrayView(kUtf32LeBom, 4)};
-    default: return {};
-    }
-}
-
-} // namespace
-
 int AbstractDataContainer::detectBom(const char* buffer, qint64 size, bool store) {
-    for (QByteArrayView mark : marksOf(encoding)) {
-        if (!startsWith(buffer, size, mark.data(), int(mark.size()))) continue;
-        if (store) {
-            bom = mark.toByteArray();
-            has_bom = true;
-        }
-        return int(mark.size());
+    const qsizetype n = bomLengthAtStart(QByteArrayView(buffer, size), encoding);
+    if (n > 0 && store) {
+        bom = QByteArray(buffer, n);
+        has_bom = true;
     }
-    return 0;
+    return int(n);
 }
 
 void AbstractDataContainer::startProgressHandshake() {
@@ -156,14 +122,8 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
 
     BatchWriter writer(fd);
     bool ok = true;
-    if (has_bom && !bom.isEmpty()) {
-        for (QByteArrayView mark : marksOf(encoding)) {
-            if (mark == QByteArrayView(bom)) {
-                writer.batch().append(bom);
-                break;
-            }
-        }
-    }
+    // A mark survives as long as the encoding still fits it.
+    if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding)) writer.batch().append(bom);
 
     QByteArray out;
     if (!transposed) {

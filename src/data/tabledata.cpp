@@ -1,0 +1,347 @@
+#include "tabledata.h"
+
+#include "editabledatacontainer.h"
+#include "fileparameters.h"
+#include "indexmapping.h"
+#include "tabledataworker.h"
+#if __has_include("readonlydatacontainer.h")
+#include "readonlydatacontainer.h"
+#define GRIDMERE_HAS_READ_ONLY 1
+#endif
+
+#include <QEventLoop>
+#include <QTextCodec>
+
+const QString TableData::kDefaultWordSeparators =
+    QStringLiteral("`~!@#$%^&*()+=\t[]{}\\|;:'\",\n./?<> ");
+
+TableData::TableData(QObject* parent) : QObject(parent) {
+    container = std::make_unique<EditableDataContainer>();
+    codec_name = encodingCodecName(encoding);
+    codec = codecForEncoding(encoding);
+    for (QChar c : word_separators)
+        if (c.unicode() < 256) word_separator_table[c.unicode()] = true;
+
+    workers[0] = new TableDataWorker;
+    workers[0]->moveToThread(&worker_thread);
+    worker_thread.start(QThread::InheritPriority);
+    workers[1] = new TableDataWorker(this);
+
+    connect(workers[0], &Worker::updateProgressSignal, this, &TableData::updateProgressSignal);
+    connect(this, &TableData::sortRowsEditableSignal, workers[0],
+            &TableDataWorker::sortRowsEditable);
+    connect(workers[0], &TableDataWorker::finishedSignal, this,
+            &TableData::onSortRowsEditableFinished);
+    connect(&worker_thread, &QThread::finished, workers[0], &QObject::deleteLater);
+}
+
+TableData::~TableData() {
+    worker_thread.quit();
+    worker_thread.wait();
+    if (loading) container->setCanceled(true);
+    if (load_thread) {
+        // The loader stops at its next line start. Waiting for it, rather than
+        // a fixed grace, means the container is never freed under its feet.
+        load_thread->quit();
+        load_thread->wait();
+    }
+    container.reset();
+    delete load_thread;
+}
+
+void TableData::applyDialectTo(AbstractDataContainer& c) {
+    c.setDelimiters(delimiter_load, delimiter_save);
+    c.setLineEnding(line_ending);
+    c.setEncoding(encoding);
+    c.setParsingStandard(parsing_standard);
+    c.setSaveTrailingDelimiters(save_trailing_delimiters);
+}
+
+void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
+                     const QString& delimiter_open, const QString& delimiter_save_text,
+                     EncodingType encoding_value, ParsingStandard standard) {
+    if (load_thread) {
+        if (loading) container->setCanceled(true);
+        load_thread->quit();
+        load_thread->wait();
+    }
+    container.reset();
+    delete load_thread;
+    load_thread = nullptr;
+    num_raw_rows = num_raw_cols = 0;
+    container_kind = read_only ? ReadOnlyKind : EditableKind;
+
+#ifdef GRIDMERE_HAS_READ_ONLY
+    if (read_only) container = std::make_unique<ReadOnlyDataContainer>();
+    else container = std::make_unique<EditableDataContainer>();
+#else
+    container = std::make_unique<EditableDataContainer>();
+    container_kind = EditableKind;
+#endif
+    container->setMutexAndCondition(mutex, wait_condition);
+    container->setFilepath(filepath);
+    delimiter_load = delimiterByte(delimiter_open);
+    delimiter_save = delimiterByte(delimiter_save_text);
+    parsing_standard = standard;
+    applyDialectTo(*container);
+    setEncoding(encoding_value, false);
+    transposed = false;
+
+    if (asynchronous) {
+        load_thread = new QThread;
+        AbstractDataContainer* c = container.get();
+        c->moveToThread(load_thread);
+        connect(load_thread, &QThread::started, c, [this, c] {
+            // Runs on the load thread. A failed read (not a cancel) is
+            // reported so that a waiting view does not stay hidden.
+            if (!c->loadCSV() && !c->isCanceled())
+                QMetaObject::invokeMethod(this, &TableData::loadFailedSignal, Qt::QueuedConnection);
+        });
+        connect(c, &AbstractDataContainer::startProgressUpdateSignal, this,
+                &TableData::startProgressUpdateSignal);
+        connect(c, &AbstractDataContainer::loadProgressUpdateSignal, this,
+                &TableData::loadProgressUpdateSignal);
+        connect(c, &AbstractDataContainer::loadFinishedSignal, this, &TableData::onLoadFinished);
+        loading = true;
+        load_thread->start(QThread::InheritPriority);
+    } else {
+        connect(container.get(), &AbstractDataContainer::startProgressUpdateSignal, this,
+                &TableData::startProgressUpdateSignal);
+        connect(container.get(), &AbstractDataContainer::loadProgressUpdateSignal, this,
+                &TableData::loadProgressUpdateSignal);
+        container->loadCSV();
+        loading = false;
+        num_raw_rows = container->rowCount();
+        num_raw_cols = container->columnCount();
+        emit loadFinishedSignal();
+        emitTableSize();
+    }
+}
+
+void TableData::onLoadFinished() {
+    loading = false;
+    num_raw_rows = container->rowCount();
+    num_raw_cols = container->columnCount();
+    emit loadFinishedSignal();
+    emitTableSize();
+}
+
+void TableData::emitTableSize() {
+    emit tableSizeChangedSignal(numRawRows(), numRawColumns(), numModelRows(), numModelColumns());
+}
+
+bool TableData::save(bool keep_backup, bool visible_only) {
+    const QString path = container->filepath();
+    emit saveStartedSignal(path);
+    static const IndexList none;
+    const bool ok = container->save(keep_backup, transposed, visible_only ? hidden_rows : none,
+                                    visible_only ? hidden_columns : none);
+    emit saveFinishedSignal(path);
+    return ok;
+}
+
+bool TableData::saveAs(const QString& filepath, bool keep_backup, bool visible_only) {
+    emit saveStartedSignal(container->filepath());
+    static const IndexList none;
+    const bool ok =
+        container->saveAs(filepath, keep_backup, transposed, visible_only ? hidden_rows : none,
+                          visible_only ? hidden_columns : none);
+    emit saveFinishedSignal(filepath);
+    return ok;
+}
+
+void TableData::setDelimiters(const QString& load, const QString& save) {
+    delimiter_load = delimiterByte(load);
+    delimiter_save = delimiterByte(save);
+    container->setDelimiters(delimiter_load, delimiter_save);
+}
+
+void TableData::setLineEnding(LineEndingType value) {
+    line_ending = value;
+    container->setLineEnding(value);
+}
+
+void TableData::setParsingStandard(ParsingStandard standard) {
+    parsing_standard = standard;
+    container->setParsingStandard(standard);
+}
+
+void TableData::setSaveTrailingDelimiters(bool on) {
+    save_trailing_delimiters = on;
+    container->setSaveTrailingDelimiters(on);
+}
+
+void TableData::setExtension(const QString& value) { extension = value; }
+
+void TableData::setEncoding(EncodingType value, bool convert_cells) {
+    const EncodingType old_encoding = encoding;
+    QTextCodec* old_codec = codec;
+    encoding = value;
+    codec_name = encodingCodecName(value);
+    codec = codecForEncoding(value);
+    container->setEncoding(value);
+    if (!convert_cells || old_encoding == value) return;
+    const int n = container->rowCount();
+    CellList cells;
+    for (int r = 0; r < n; ++r) {
+        container->getRow(cells, r, All, {});
+        bool changed = false;
+        for (Cell& cell : cells) {
+            if (cell.isEmpty()) continue;
+            const QString text = decodeCell(cell.view(), old_encoding, old_codec);
+            cell.assign(encodeCell(text, value, codec));
+            changed = true;
+        }
+        if (changed) container->setRow(r, std::move(cells));
+        cells = CellList();
+    }
+}
+
+void TableData::setMutexAndCondition(QMutex* m, QWaitCondition* c) {
+    mutex = m;
+    wait_condition = c;
+    container->setMutexAndCondition(m, c);
+}
+
+void TableData::setCancelInfo(std::shared_ptr<bool> cancel_flag,
+                              std::shared_ptr<QMutex> cancel_mutex) {
+    workers[0]->setCancelInfo(cancel_flag, cancel_mutex);
+    workers[1]->setCancelInfo(std::move(cancel_flag), std::move(cancel_mutex));
+}
+
+QVariant TableData::data(int model_row, int model_column) const {
+    return rawData(rawRowFromModel(model_row), rawColumnFromModel(model_column));
+}
+
+QVariant TableData::rawData(int raw_row, int raw_column) const {
+    if (!container) return {};
+    if (transposed) std::swap(raw_row, raw_column);
+    if (container_kind != ReadOnlyKind) {
+        const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+        const QByteArrayView bytes = editable->cellView(raw_row, raw_column);
+        return bytes.isEmpty() ? QVariant(QString()) : QVariant(decodeCell(bytes, encoding, codec));
+    }
+    const QByteArray bytes = container->data(raw_row, raw_column);
+    return bytes.isEmpty() ? QVariant(QString()) : QVariant(decodeCell(bytes, encoding, codec));
+}
+
+bool TableData::setData(int model_row, int model_column, const QString& text, bool no_swap) {
+    int row = rawRowFromModel(model_row, no_swap);
+    int column = rawColumnFromModel(model_column, no_swap);
+    if (transposed && !no_swap) std::swap(row, column);
+    if (row < 0 || column < 0) return false;
+    bool grew = false;
+    if (row >= num_raw_rows) {
+        if (text.isEmpty()) return false;
+        num_raw_rows = row + 1;
+        grew = true;
+    }
+    if (column >= num_raw_cols) {
+        if (text.isEmpty()) return false;
+        num_raw_cols = column + 1;
+        grew = true;
+    }
+    if (grew) emitTableSize();
+    const QByteArray bytes = encodeCell(text, encoding, codec);
+    const QByteArray old = container->data(row, column, true);
+    if (!container->setCell(row, column, bytes)) return false;
+    return old != bytes;
+}
+
+// Index spaces. With `transposed`, a model row is a raw column: each row form
+// hands over to its column twin with no_swap set, and the other way round.
+
+int TableData::rawRowFromModel(int model_row, bool no_swap) const {
+    if (transposed && !no_swap) return rawColumnFromModel(model_row, true);
+    return indexmapping::rawFromModel(hidden_rows, model_row);
+}
+
+int TableData::rawColumnFromModel(int model_column, bool no_swap) const {
+    if (transposed && !no_swap) return rawRowFromModel(model_column, true);
+    return indexmapping::rawFromModel(hidden_columns, model_column);
+}
+
+int TableData::modelRowFromRaw(int raw_row, bool nearest, bool no_swap) const {
+    if (transposed && !no_swap) return modelColumnFromRaw(raw_row, nearest, true);
+    return indexmapping::modelFromRaw(hidden_rows, raw_row, nearest, num_raw_rows);
+}
+
+int TableData::modelColumnFromRaw(int raw_column, bool nearest, bool no_swap) const {
+    if (transposed && !no_swap) return modelRowFromRaw(raw_column, nearest, true);
+    return indexmapping::modelFromRaw(hidden_columns, raw_column, nearest, num_raw_cols);
+}
+
+int TableData::numHiddenRows(bool no_swap) const {
+    if (transposed && !no_swap) return numHiddenColumns(true);
+    return int(hidden_rows.size());
+}
+
+int TableData::numHiddenColumns(bool no_swap) const {
+    if (transposed && !no_swap) return numHiddenRows(true);
+    return int(hidden_columns.size());
+}
+
+int TableData::numRawRows(bool no_swap) const {
+    if (transposed && !no_swap) return numRawColumns(true);
+    return num_raw_rows;
+}
+
+int TableData::numRawColumns(bool no_swap) const {
+    if (transposed && !no_swap) return numRawRows(true);
+    return num_raw_cols;
+}
+
+int TableData::numModelRows(bool no_swap) const {
+    return numRawRows(no_swap) - numHiddenRows(no_swap);
+}
+
+int TableData::numModelColumns(bool no_swap) const {
+    return numRawColumns(no_swap) - numHiddenColumns(no_swap);
+}
+
+int TableData::trailingEmptyRows(bool no_swap) const {
+    if (transposed && !no_swap) return trailingEmptyColumns(true);
+    return container->trailingEmptyRows();
+}
+
+int TableData::trailingEmptyColumns(bool no_swap) const {
+    if (transposed && !no_swap) return trailingEmptyRows(true);
+    return container->trailingEmptyColumns();
+}
+
+bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
+#ifdef GRIDMERE_HAS_READ_ONLY
+    if (container_kind == ReadOnlyKind) {
+        static_cast<ReadOnlyDataContainer*>(container.get())->setRowMap(indexes);
+        return true;
+    }
+#endif
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    if (!asynchronous) {
+        workers[1]->startTimer();
+        return editable->applyRowPermutation(indexes, [this](int done, int total) {
+            return workers[1]->reportProgress(float(done) / float(total));
+        });
+    }
+    QEventLoop loop;
+    connect(this, &TableData::endLoopSignal, &loop, &QEventLoop::quit);
+    sort_completed = false;
+    emit sortRowsEditableSignal(&indexes, editable);
+    loop.exec();
+    return sort_completed;
+}
+
+void TableData::applyColumnOrder(std::vector<int>& indexes) {
+#ifdef GRIDMERE_HAS_READ_ONLY
+    if (container_kind == ReadOnlyKind) {
+        static_cast<ReadOnlyDataContainer*>(container.get())->setColumnMap(indexes);
+        return;
+    }
+#endif
+    static_cast<EditableDataContainer*>(container.get())->applyColumnPermutation(indexes);
+}
+
+void TableData::onSortRowsEditableFinished(bool completed) {
+    sort_completed = completed;
+    emit endLoopSignal();
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "abstractdatacontainer.h"
+#include "dialect.h"
+
+#include <QMutex>
+#include <QObject>
+#include <QThread>
+#include <QVariant>
+
+#include <array>
+#include <memory>
+#include <vector>
+
+class EditableDataContainer;
+class QTextCodec;
+class QWaitCondition;
+class TableDataWorker;
+
+// One open file as the table model knows it: the container, the dialect and
+// its codec, the hidden rows and columns, the transpose flag, and the threads
+// that do long work. Every read and write of a cell comes through here.
+class TableData : public QObject {
+    Q_OBJECT
+
+public:
+    enum ContainerKind { EditableKind = 0, ReadOnlyKind = 1, NeverLoaded = 2 };
+
+    explicit TableData(QObject* parent = nullptr);
+    ~TableData() override;
+
+    void load(const QString& filepath, bool asynchronous, bool read_only,
+              const QString& delimiter_open, const QString& delimiter_save, EncodingType encoding,
+              ParsingStandard parsing_standard);
+    bool save(bool keep_backup, bool visible_only);
+    bool saveAs(const QString& filepath, bool keep_backup, bool visible_only);
+
+    void setDelimiters(const QString& load, const QString& save);
+    void setLineEnding(LineEndingType line_ending);
+    void setParsingStandard(ParsingStandard standard);
+    void setSaveTrailingDelimiters(bool on);
+    void setExtension(const QString& extension);
+    void setEncoding(EncodingType encoding, bool convert_cells);
+    void setMutexAndCondition(QMutex* mutex, QWaitCondition* wait_condition);
+    void setCancelInfo(std::shared_ptr<bool> cancel_flag, std::shared_ptr<QMutex> cancel_mutex);
+
+    QVariant data(int model_row, int model_column) const;
+    QVariant rawData(int raw_row, int raw_column) const;
+    bool setData(int model_row, int model_column, const QString& text, bool no_swap = false);
+
+    int rawRowFromModel(int model_row, bool no_swap = false) const;
+    int rawColumnFromModel(int model_column, bool no_swap = false) const;
+    int modelRowFromRaw(int raw_row, bool nearest = false, bool no_swap = false) const;
+    int modelColumnFromRaw(int raw_column, bool nearest = false, bool no_swap = false) const;
+    int numHiddenRows(bool no_swap = false) const;
+    int numHiddenColumns(bool no_swap = false) const;
+    int numRawRows(bool no_swap = false) const;
+    int numRawColumns(bool no_swap = false) const;
+    int numModelRows(bool no_swap = false) const;
+    int numModelColumns(bool no_swap = false) const;
+    int trailingEmptyRows(bool no_swap = false) const;
+    int trailingEmptyColumns(bool no_swap = false) const;
+
+    // Reorders the rows by P (P[i]: where the row now at i goes). Returns
+    // false when cancelled part way; the caller restores its saved order.
+    bool applyRowOrder(std::vector<int>& indexes, bool asynchronous);
+    void applyColumnOrder(std::vector<int>& indexes);
+
+    void setHiddenRows(std::vector<int> rows) { hidden_rows = std::move(rows); }
+    void setHiddenColumns(std::vector<int> columns) { hidden_columns = std::move(columns); }
+    const std::vector<int>& hiddenRows() const { return hidden_rows; }
+    const std::vector<int>& hiddenColumns() const { return hidden_columns; }
+    void setTransposed(bool on) { transposed = on; }
+    bool isTransposed() const { return transposed; }
+    bool isLoading() const { return loading; }
+    ContainerKind containerKind() const { return ContainerKind(container_kind); }
+    AbstractDataContainer* dataContainer() const { return container.get(); }
+    EncodingType encodingType() const { return encoding; }
+    QString filepath() const { return container->filepath(); }
+    bool isWordSeparator(QChar c) const {
+        return c.unicode() < 256 ? word_separator_table[c.unicode()] : false;
+    }
+
+    static const QString kDefaultWordSeparators;
+
+signals:
+    void startProgressUpdateSignal();
+    void loadProgressUpdateSignal(int curr_num_reports, int num_total_reports, int filesize_mb);
+    void loadFinishedSignal();
+    // A load that could not read its file; the synchronous path still ends
+    // with loadFinishedSignal on an empty table.
+    void loadFailedSignal();
+    void saveStartedSignal(QString filepath);
+    void saveFinishedSignal(QString filepath);
+    void tableSizeChangedSignal(int num_raw_rows, int num_raw_cols, int num_model_rows,
+                                int num_model_cols);
+    void updateProgressSignal(float proportion);
+    void sortRowsEditableSignal(std::vector<int>* indexes, EditableDataContainer* data_container);
+    void endLoopSignal();
+
+public slots:
+    void onLoadFinished();
+    void onSortRowsEditableFinished(bool completed);
+
+private:
+    void emitTableSize();
+    void applyDialectTo(AbstractDataContainer& c);
+
+    std::unique_ptr<AbstractDataContainer> container;
+    int container_kind = NeverLoaded;
+    int num_raw_rows = 0;
+    int num_raw_cols = 0;
+    bool transposed = false;
+    std::vector<int> hidden_rows;
+    std::vector<int> hidden_columns;
+    QString word_separators = kDefaultWordSeparators;
+    std::array<bool, 256> word_separator_table{};
+    QMutex* mutex = nullptr;
+    QWaitCondition* wait_condition = nullptr;
+    bool save_trailing_delimiters = true;
+    QString extension = QStringLiteral("csv");
+    char delimiter_load = ',';
+    char delimiter_save = ',';
+    LineEndingType line_ending = UnixLineEnding;
+    EncodingType encoding = Utf8;
+    ParsingStandard parsing_standard = Rfc4180;
+    QByteArray codec_name;
+    QTextCodec* codec = nullptr;
+    QThread* load_thread = nullptr;
+    bool loading = false;
+    QThread worker_thread;
+    std::array<TableDataWorker*, 2> workers{};
+    bool sort_completed = false;
+};

@@ -1,0 +1,202 @@
+#include "data/editabledatacontainer.h"
+#include "data/tabledata.h"
+#include "data/indexmapping.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <numeric>
+#include <random>
+
+class TestTableData : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+    QString writeFile(const QString& name, const QByteArray& bytes) {
+        const QString path = dir.filePath(name);
+        QFile f(path);
+        if (!f.open(QIODevice::WriteOnly)) return {};
+        f.write(bytes);
+        return path;
+    }
+    QByteArray readFile(const QString& path) {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+    void loadText(TableData& t, const QByteArray& bytes, EncodingType e = Utf8) {
+        t.load(writeFile("in.csv", bytes), false, false, ",", ",", e, Rfc4180);
+    }
+
+private slots:
+    void modelToRaw_data() {
+        QTest::addColumn<std::vector<int>>("hidden");
+        QTest::addColumn<int>("model");
+        QTest::addColumn<int>("raw");
+        const std::vector<int> h = {2, 3, 7};
+        QTest::newRow("before any hidden") << h << 1 << 1;
+        QTest::newRow("first after a block") << h << 2 << 4;
+        QTest::newRow("after the last hidden") << h << 5 << 8;
+        QTest::newRow("negative") << h << -1 << -1;
+        QTest::newRow("leading block") << std::vector<int>{0, 1} << 0 << 2;
+        QTest::newRow("no hidden") << std::vector<int>{} << 9 << 9;
+    }
+    void modelToRaw() {
+        QFETCH(std::vector<int>, hidden);
+        QFETCH(int, model);
+        QFETCH(int, raw);
+        QCOMPARE(indexmapping::rawFromModel(hidden, model), raw);
+    }
+
+    void rawToModel_data() {
+        QTest::addColumn<std::vector<int>>("hidden");
+        QTest::addColumn<int>("raw");
+        QTest::addColumn<bool>("nearest");
+        QTest::addColumn<int>("model");
+        const std::vector<int> h = {2, 3, 7};
+        QTest::newRow("visible") << h << 4 << false << 2;
+        QTest::newRow("hidden") << h << 3 << false << -1;
+        QTest::newRow("hidden, nearest, block at list start") << h << 3 << true << 1;
+        QTest::newRow("hidden, nearest, later block") << h << 7 << true << 4;
+        QTest::newRow("leading hidden clamps to 0") << std::vector<int>{0, 1} << 1 << true << 0;
+        QTest::newRow("beyond the table, nearest") << h << 50 << true << 10 - 3 - 1;
+    }
+    void rawToModel() {
+        QFETCH(std::vector<int>, hidden);
+        QFETCH(int, raw);
+        QFETCH(bool, nearest);
+        QFETCH(int, model);
+        QCOMPARE(indexmapping::modelFromRaw(hidden, raw, nearest, 10), model);
+    }
+
+    // Both mappings invert each other on every visible position.
+    void mappingRoundTrip() {
+        std::mt19937 rng(7);
+        for (int round = 0; round < 200; ++round) {
+            const int n = 1 + int(rng() % 60);
+            std::vector<int> hidden;
+            for (int i = 0; i < n; ++i)
+                if (rng() % 3 == 0) hidden.push_back(i);
+            for (int m = 0; m < n - int(hidden.size()); ++m) {
+                const int raw = indexmapping::rawFromModel(hidden, m);
+                QVERIFY(!std::binary_search(hidden.begin(), hidden.end(), raw));
+                QCOMPARE(indexmapping::modelFromRaw(hidden, raw, false, n), m);
+            }
+        }
+    }
+
+    void transposedSwapsCountsAndCells() {
+        TableData t;
+        loadText(t, "a,b,c\nd,e,f\n");
+        t.setHiddenColumns({1});
+        QCOMPARE(t.numModelRows(), 2);
+        QCOMPARE(t.numModelColumns(), 2);
+        t.setTransposed(true);
+        QCOMPARE(t.numModelRows(), 2); // 3 raw columns less 1 hidden
+        QCOMPARE(t.numModelColumns(), 2);
+        QCOMPARE(t.data(1, 0).toString(), QString("c")); // model row 1 = raw column 2
+        QCOMPARE(t.data(0, 1).toString(), QString("d"));
+    }
+
+    void setDataReportsChangeOnly() {
+        TableData t;
+        loadText(t, "a,b\n");
+        QVERIFY(!t.setData(0, 0, "a"));
+        QVERIFY(t.setData(0, 0, "x"));
+        QSignalSpy size(&t, &TableData::tableSizeChangedSignal);
+        QVERIFY(!t.setData(5, 5, QString()));
+        QCOMPARE(size.count(), 0);
+        QCOMPARE(t.numRawRows(), 1);
+        QVERIFY(t.setData(3, 4, "z"));
+        QCOMPARE(size.count(), 1);
+        QCOMPARE(t.numRawRows(), 4);
+        QCOMPARE(t.numRawColumns(), 5);
+        QVERIFY(t.data(2, 2).isValid());
+        QVERIFY(t.data(2, 2).toString().isEmpty());
+    }
+
+    void encodingConversionRewritesCells() {
+        TableData t;
+        loadText(t, "ab,,\xc3\xa9\n");
+        auto* c = static_cast<EditableDataContainer*>(t.dataContainer());
+        t.setEncoding(Utf16LE, true);
+        QCOMPARE(c->data(0, 0), QByteArray("a\0b\0", 4));
+        QVERIFY(c->data(0, 1).isEmpty());
+        QCOMPARE(c->data(0, 2), QByteArray("\xe9\0", 2));
+        QCOMPARE(t.data(0, 2).toString(), QString::fromUtf8("\xc3\xa9"));
+    }
+
+    void saveWritesHiddenRowsUnlessVisibleOnly() {
+        TableData t;
+        loadText(t, "a\nb\nc\n");
+        t.setHiddenRows({1});
+        QSignalSpy started(&t, &TableData::saveStartedSignal);
+        QSignalSpy finished(&t, &TableData::saveFinishedSignal);
+        QVERIFY(t.save(true, false));
+        QCOMPARE(readFile(t.filepath()), QByteArray("a\nb\nc\n"));
+        const QString visible = dir.filePath("visible.csv");
+        QVERIFY(t.saveAs(visible, true, true));
+        QCOMPARE(readFile(visible), QByteArray("a\nc\n"));
+        QVERIFY(!QFile::exists(visible + ".bak"));
+        QCOMPARE(started.count(), 2);
+        QCOMPARE(finished.count(), 2);
+        QCOMPARE(finished.last().at(0).toString(), visible);
+    }
+
+    void rowOrderOnBothPaths_data() {
+        QTest::addColumn<bool>("asynchronous");
+        QTest::newRow("caller's thread") << false;
+        QTest::newRow("worker thread") << true;
+    }
+    void rowOrderOnBothPaths() {
+        QFETCH(bool, asynchronous);
+        TableData t;
+        loadText(t, "r0\nr1\nr2\nr3\n");
+        std::vector<int> order = {3, 0, 1, 2}; // row i goes to order[i]
+        QVERIFY(t.applyRowOrder(order, asynchronous));
+        QStringList got;
+        for (int r = 0; r < 4; ++r) got << t.data(r, 0).toString();
+        QCOMPARE(got, QStringList({"r1", "r2", "r3", "r0"}));
+    }
+
+    // A large file loads on its own thread with progress, and closing the
+    // tab mid-load stops the loader quickly instead of letting it finish.
+    void asynchronousLoadReportsAndCancels() {
+        QByteArray line = "12345,some words here,\"quoted, text\",2024-01-01\n";
+        QByteArray big;
+        while (big.size() < 40 * 1024 * 1024) big += line;
+        const QString path = writeFile("big.csv", big);
+        {
+            TableData t;
+            QSignalSpy progress(&t, &TableData::loadProgressUpdateSignal);
+            QSignalSpy finished(&t, &TableData::loadFinishedSignal);
+            t.load(path, true, false, ",", ",", Utf8, Rfc4180);
+            QVERIFY(t.isLoading());
+            QVERIFY(finished.wait(30000));
+            QVERIFY(progress.count() >= 3);
+            QCOMPARE(t.numRawRows(), int(big.size() / line.size()));
+            QCOMPARE(t.numRawColumns(), 4);
+        }
+        auto* t = new TableData;
+        QSignalSpy progress(t, &TableData::loadProgressUpdateSignal);
+        t->load(path, true, false, ",", ",", Utf8, Rfc4180);
+        QVERIFY(progress.wait(10000));
+        QElapsedTimer clock;
+        clock.start();
+        delete t;
+        QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void failedAsynchronousLoadIsReported() {
+        TableData t;
+        QSignalSpy failed(&t, &TableData::loadFailedSignal);
+        t.load(dir.filePath("missing.csv"), true, false, ",", ",", Utf8, Rfc4180);
+        QVERIFY(failed.wait(5000));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTableData)
+#include "tst_tabledata.moc"
