@@ -86,11 +86,11 @@ namespace {
 class BatchWriter {
 public:
     explicit BatchWriter(int fd) : fd_(fd) { batch_.reserve(kBatch + 65536); }
-    QByteArray& batch() { return batch_; }
+    std::string& batch() { return batch_; }
     bool maybeFlush() { return batch_.size() < kBatch || flush(); }
     bool flush() {
-        const char* p = batch_.constData();
-        qsizetype left = batch_.size();
+        const char* p = batch_.data();
+        size_t left = batch_.size();
         while (left > 0) {
             ssize_t n = ::write(fd_, p, size_t(left));
             if (n < 0) {
@@ -98,19 +98,26 @@ public:
                 return false;
             }
             p += n;
-            left -= n;
+            left -= size_t(n);
         }
-        batch_.resize(0);
+        batch_.clear();
         return true;
     }
 
 private:
-    static constexpr qsizetype kBatch = 4 * 1024 * 1024;
+    static constexpr size_t kBatch = 4 * 1024 * 1024;
     int fd_;
-    QByteArray batch_;
+    std::string batch_;
 };
 
 } // namespace
+
+void AbstractDataContainer::appendRowForSave(std::string& out, int row,
+                                             const IndexList& hidden_columns) const {
+    QByteArray line;
+    rowToBytes(line, row, Except, hidden_columns);
+    out.append(line.constData(), size_t(line.size()));
+}
 
 bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
                                  const IndexList& hidden_columns) {
@@ -123,7 +130,8 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
     BatchWriter writer(fd);
     bool ok = true;
     // A mark survives as long as the encoding still fits it.
-    if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding)) writer.batch().append(bom);
+    if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
+        writer.batch().append(bom.constData(), size_t(bom.size()));
 
     QByteArray out;
     if (!transposed) {
@@ -132,8 +140,7 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
         for (int row = 0; row < n && ok; ++row) {
             while (h < hidden_rows.size() && hidden_rows[h] < row) ++h;
             if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
-            rowToBytes(out, row, Except, hidden_columns);
-            writer.batch().append(out);
+            appendRowForSave(writer.batch(), row, hidden_columns);
             ok = writer.maybeFlush();
         }
     } else {
@@ -143,7 +150,7 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
             while (h < hidden_columns.size() && hidden_columns[h] < column) ++h;
             if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
             columnToBytes(out, column, All, hidden_columns);
-            writer.batch().append(out);
+            writer.batch().append(out.constData(), size_t(out.size()));
             ok = writer.maybeFlush();
         }
     }

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <atomic>
+#include <string>
 #include <vector>
 
 class QMutex;
@@ -125,6 +126,9 @@ public slots:
 protected:
     // Rows that exist in the store (not the logical count): what a save writes.
     virtual int storedLineCount() const { return rowCount(); }
+    // One row of a non-transposed save appended to the output; a store may
+    // write straight into the output instead of through rowToBytes.
+    virtual void appendRowForSave(std::string& out, int row, const IndexList& hidden_columns) const;
 
     // The start-of-load pause that lets the GUI thread raise its progress
     // display. Without a handshake partner (tests, benchmarks) it is skipped.

@@ -643,32 +643,41 @@ struct UnitPatterns {
     QByteArray delim, quote, quote2, cr, lf, rs;
 };
 
+// Branch-free scans without early exit: cells are short, and the compiler
+// turns these loops into vector compares.
 bool cellNeedsQuotes(QByteArrayView cell, ParsingStandard standard, char d) {
+    const char* p = cell.data();
+    const qsizetype n = cell.size();
+    unsigned hit = 0;
     switch (standard) {
     case Rfc4180:
-        for (char c : cell)
-            if (c == d || c == '"' || c == '\r' || c == '\n') return true;
-        return false;
+        for (qsizetype i = 0; i < n; ++i) {
+            const char c = p[i];
+            hit |= unsigned(c == d) | unsigned(c == '"') | unsigned(c == '\r') | unsigned(c == '\n');
+        }
+        return hit != 0;
     case SparseQuotes:
-        for (char c : cell)
-            if (c == d || c == '\r' || c == '\n') return true;
-        return false;
+        for (qsizetype i = 0; i < n; ++i) {
+            const char c = p[i];
+            hit |= unsigned(c == d) | unsigned(c == '\r') | unsigned(c == '\n');
+        }
+        return hit != 0;
     case AllQuotes: return true;
     default: return false;
     }
 }
 
-void appendCell(QByteArray& out, QByteArrayView cell, ParsingStandard standard, char d) {
+template <class Out> void appendCell(Out& out, QByteArrayView cell, ParsingStandard standard, char d) {
     if (d == 0) {
-        out.append(cell);
+        out.append(cell.data(), cell.size());
         return;
     }
     if (!cellNeedsQuotes(cell, standard, d)) {
-        out.append(cell);
-        out.append(d);
+        out.append(cell.data(), cell.size());
+        out.push_back(d);
         return;
     }
-    out.append('"');
+    out.push_back('"');
     const char* p = cell.data();
     const char* end = p + cell.size();
     while (p < end) {
@@ -678,11 +687,11 @@ void appendCell(QByteArray& out, QByteArrayView cell, ParsingStandard standard, 
             break;
         }
         out.append(p, q - p + 1);
-        out.append('"');
+        out.push_back('"');
         p = q + 1;
     }
-    out.append('"');
-    out.append(d);
+    out.push_back('"');
+    out.push_back(d);
 }
 
 // Wide cells are searched at every byte offset, not only at unit boundaries:
@@ -754,25 +763,35 @@ void walkLine(int n, int logical, SelectionMode mode, const IndexList& list, boo
 
 } // namespace
 
-void EditableDataContainer::appendRowBytes(QByteArray& out, int row, SelectionMode mode,
+template <class Out>
+void EditableDataContainer::appendRowBytes(Out& out, int row, SelectionMode mode,
                                            const IndexList& columns) const {
     const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     int n = r ? r->size() : 0;
     if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
     const char d = delimiter_save;
-    const qsizetype start = out.size();
+    const auto start = out.size();
     walkLine(
         n, column_count, mode, columns, d != 0 && save_trailing_delimiters,
         [&](int c) { return (*r)[c].view(); },
         [&](QByteArrayView cell) { appendCell(out, cell, parsing_standard, d); },
         [&](bool all) {
             if (all && parsing_standard == AllQuotes) out.append("\"\"", 2);
-            out.append(d);
+            out.push_back(d);
         });
-    if (d != 0 && out.size() > start) out.chop(1);
+    if (d != 0 && out.size() > start) out.resize(out.size() - 1);
     if (line_ending == WindowsLineEnding) out.append("\r\n", 2);
-    else if (line_ending == RecordSeparatorLineEnding) out.append('\x1E');
-    else out.append('\n');
+    else if (line_ending == RecordSeparatorLineEnding) out.push_back('\x1E');
+    else out.push_back('\n');
+}
+
+void EditableDataContainer::appendRowForSave(std::string& out, int row,
+                                             const IndexList& hidden_columns) const {
+    if (width > 1) {
+        AbstractDataContainer::appendRowForSave(out, row, hidden_columns);
+        return;
+    }
+    appendRowBytes(out, row, Except, hidden_columns);
 }
 
 void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode mode,

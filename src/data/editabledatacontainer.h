@@ -80,12 +80,13 @@ public slots:
 
 protected:
     int storedLineCount() const override { return rows.size(); }
+    void appendRowForSave(std::string& out, int row, const IndexList& hidden_columns) const override;
 
 private:
     friend class CsvRowSink;
     template <class Impl> bool runLoad(Impl& impl);
-    void appendRowBytes(QByteArray& out, int row, SelectionMode mode,
-                        const IndexList& columns) const;
+    template <class Out>
+    void appendRowBytes(Out& out, int row, SelectionMode mode, const IndexList& columns) const;
 
     RelocatableVector<Row> rows;
     qint64 file_size = 0;
