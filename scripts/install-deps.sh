@@ -9,7 +9,7 @@ packages=(
   clang libclang-rt-14-dev
 )
 if [ "${GRIDMERE_BENCH_PEERS:-0}" = 1 ]; then
-  packages+=(sqlite3 python3-pandas)
+  packages+=(sqlite3 python3-pandas time)
 fi
 
 missing=()
