@@ -1,5 +1,6 @@
 #include "editabledatacontainer.h"
 
+#include "csvlinewriter.h"
 #include "csvstatemachine.h"
 #include "narrowcsvscanner.h"
 
@@ -168,7 +169,9 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     column_count = 0;
 
     const int w = width;
-    qint64 chunk = std::min(size, std::max<qint64>(chunk_limit, w));
+    // The first chunk must hold a whole byte order mark (at most 4 bytes),
+    // however small a test makes the limit.
+    qint64 chunk = std::min(size, std::max<qint64>(chunk_limit, 4));
     chunk -= chunk % w;
     if (chunk < w) chunk = w;
     ChunkBuffer buffer(chunk);
@@ -623,166 +626,16 @@ void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
 // ---------------------------------------------------------------------------
 // Writing
 
-namespace {
-
-// The code units of one save dialect, as byte patterns of the file's width.
-struct UnitPatterns {
-    UnitPatterns(int width, bool big_endian, char delimiter) {
-        auto unit = [&](char c) {
-            QByteArray u(width, '\0');
-            u[big_endian ? width - 1 : 0] = c;
-            return u;
-        };
-        delim = delimiter ? unit(delimiter) : QByteArray();
-        quote = unit('"');
-        quote2 = quote + quote;
-        cr = unit('\r');
-        lf = unit('\n');
-        rs = unit('\x1E');
-    }
-    QByteArray delim, quote, quote2, cr, lf, rs;
-};
-
-// Branch-free scans without early exit: cells are short, and the compiler
-// turns these loops into vector compares.
-bool cellNeedsQuotes(QByteArrayView cell, ParsingStandard standard, char d) {
-    const char* p = cell.data();
-    const qsizetype n = cell.size();
-    unsigned hit = 0;
-    switch (standard) {
-    case Rfc4180:
-        for (qsizetype i = 0; i < n; ++i) {
-            const char c = p[i];
-            hit |= unsigned(c == d) | unsigned(c == '"') | unsigned(c == '\r') | unsigned(c == '\n');
-        }
-        return hit != 0;
-    case SparseQuotes:
-        for (qsizetype i = 0; i < n; ++i) {
-            const char c = p[i];
-            hit |= unsigned(c == d) | unsigned(c == '\r') | unsigned(c == '\n');
-        }
-        return hit != 0;
-    case AllQuotes: return true;
-    default: return false;
-    }
-}
-
-template <class Out> void appendCell(Out& out, QByteArrayView cell, ParsingStandard standard, char d) {
-    if (d == 0) {
-        out.append(cell.data(), cell.size());
-        return;
-    }
-    if (!cellNeedsQuotes(cell, standard, d)) {
-        out.append(cell.data(), cell.size());
-        out.push_back(d);
-        return;
-    }
-    out.push_back('"');
-    const char* p = cell.data();
-    const char* end = p + cell.size();
-    while (p < end) {
-        const char* q = static_cast<const char*>(std::memchr(p, '"', size_t(end - p)));
-        if (!q) {
-            out.append(p, end - p);
-            break;
-        }
-        out.append(p, q - p + 1);
-        out.push_back('"');
-        p = q + 1;
-    }
-    out.push_back('"');
-    out.push_back(d);
-}
-
-// Wide cells are searched at every byte offset, not only at unit boundaries:
-// a false match only adds harmless quoting.
-void appendCellWide(QByteArray& out, QByteArrayView cell, ParsingStandard standard,
-                    const UnitPatterns& u) {
-    if (u.delim.isEmpty()) {
-        out.append(cell);
-        return;
-    }
-    bool quote = false;
-    switch (standard) {
-    case Rfc4180:
-        quote = cell.indexOf(u.delim) >= 0 || cell.indexOf(u.quote) >= 0 ||
-                cell.indexOf(u.cr) >= 0 || cell.indexOf(u.lf) >= 0;
-        break;
-    case SparseQuotes:
-        quote = cell.indexOf(u.delim) >= 0 || cell.indexOf(u.cr) >= 0 || cell.indexOf(u.lf) >= 0;
-        break;
-    case AllQuotes: quote = true; break;
-    default: break;
-    }
-    if (!quote) {
-        out.append(cell);
-        out.append(u.delim);
-        return;
-    }
-    out.append(u.quote);
-    qsizetype from = 0;
-    for (;;) {
-        const qsizetype at = cell.indexOf(u.quote, from);
-        if (at < 0) break;
-        out.append(cell.sliced(from, at - from));
-        out.append(u.quote2);
-        from = at + u.quote.size();
-    }
-    out.append(cell.sliced(from));
-    out.append(u.quote);
-    out.append(u.delim);
-}
-
-bool listed(const IndexList& list, size_t& k, int i) {
-    while (k < list.size() && list[k] < i) ++k;
-    return k < list.size() && list[k] == i;
-}
-
-// The shared walk of a row or column writer over cells 0..n-1 and the padding
-// up to `logical`; `cell(i)` gives cell i, `put` writes one cell and `pad`
-// one padding entry. Returns nothing; the callers finish the line.
-template <class CellAt, class Put, class Pad>
-void walkLine(int n, int logical, SelectionMode mode, const IndexList& list, bool padding,
-              CellAt&& cell, Put&& put, Pad&& pad) {
-    if (mode == Only) {
-        for (int i : list)
-            if (i >= 0 && i < n) put(cell(i));
-        return;
-    }
-    size_t k = 0;
-    for (int i = 0; i < n; ++i) {
-        if (mode == Except && listed(list, k, i)) continue;
-        put(cell(i));
-    }
-    if (!padding) return;
-    for (int i = n; i < logical; ++i) {
-        if (mode == Except && listed(list, k, i)) continue;
-        pad(mode == All);
-    }
-}
-
-} // namespace
-
 template <class Out>
 void EditableDataContainer::appendRowBytes(Out& out, int row, SelectionMode mode,
                                            const IndexList& columns) const {
     const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     int n = r ? r->size() : 0;
     if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
-    const char d = delimiter_save;
-    const auto start = out.size();
-    walkLine(
-        n, column_count, mode, columns, d != 0 && save_trailing_delimiters,
-        [&](int c) { return (*r)[c].view(); },
-        [&](QByteArrayView cell) { appendCell(out, cell, parsing_standard, d); },
-        [&](bool all) {
-            if (all && parsing_standard == AllQuotes) out.append("\"\"", 2);
-            out.push_back(d);
-        });
-    if (d != 0 && out.size() > start) out.resize(out.size() - 1);
-    if (line_ending == WindowsLineEnding) out.append("\r\n", 2);
-    else if (line_ending == RecordSeparatorLineEnding) out.push_back('\x1E');
-    else out.push_back('\n');
+    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
+                               encodingIsBigEndian(encoding));
+    writer.appendLine(
+        out, n, column_count, mode, columns, [&](int c) { return (*r)[c].view(); }, line_ending);
 }
 
 void EditableDataContainer::appendRowForSave(std::string& out, int row,
@@ -807,23 +660,7 @@ void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode m
 void EditableDataContainer::rowToBytesWide(QByteArray& out, int row, SelectionMode mode,
                                            const IndexList& columns) const {
     out.resize(0);
-    const UnitPatterns u(width, encodingIsBigEndian(encoding), delimiter_save);
-    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
-    int n = r ? r->size() : 0;
-    if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
-    const bool delimited = delimiter_save != 0;
-    walkLine(
-        n, column_count, mode, columns, delimited && save_trailing_delimiters,
-        [&](int c) { return (*r)[c].view(); },
-        [&](QByteArrayView cell) { appendCellWide(out, cell, parsing_standard, u); },
-        [&](bool all) {
-            if (all && parsing_standard == AllQuotes) out.append(u.quote2);
-            out.append(u.delim);
-        });
-    if (delimited && !out.isEmpty()) out.chop(width);
-    if (line_ending == WindowsLineEnding) out.append(u.cr).append(u.lf);
-    else if (line_ending == RecordSeparatorLineEnding) out.append(u.rs);
-    else out.append(u.lf);
+    appendRowBytes(out, row, mode, columns);
 }
 
 namespace {
@@ -834,47 +671,22 @@ int lastNonEmpty(const CellList& cells) {
 }
 } // namespace
 
+// One writer serves every width; the Wide forms exist for the interface.
 void EditableDataContainer::columnToBytes(QByteArray& out, int column, SelectionMode mode,
                                           const IndexList& chosen_rows) const {
     out.resize(0);
-    if (width > 1) {
-        columnToBytesWide(out, column, mode, chosen_rows);
-        return;
-    }
     CellList cells;
     getColumn(cells, column, All, {});
     int n = int(cells.size());
     if (!save_trailing_delimiters) n = lastNonEmpty(cells);
-    const char d = delimiter_save;
-    walkLine(
-        n, row_count, mode, chosen_rows, d != 0 && save_trailing_delimiters,
-        [&](int r) { return cells[size_t(r)].view(); },
-        [&](QByteArrayView cell) { appendCell(out, cell, parsing_standard, d); },
-        [&](bool all) {
-            if (all && parsing_standard == AllQuotes) out.append("\"\"", 2);
-            out.append(d);
-        });
-    if (d != 0) out.chop(1);
-    out.append('\n'); // a transposed save always ends its lines in LF
+    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
+                               encodingIsBigEndian(encoding));
+    writer.appendLine(
+        out, n, row_count, mode, chosen_rows, [&](int r) { return cells[size_t(r)].view(); },
+        UnixLineEnding);
 }
 
 void EditableDataContainer::columnToBytesWide(QByteArray& out, int column, SelectionMode mode,
                                               const IndexList& chosen_rows) const {
-    out.resize(0);
-    const UnitPatterns u(width, encodingIsBigEndian(encoding), delimiter_save);
-    CellList cells;
-    getColumn(cells, column, All, {});
-    int n = int(cells.size());
-    if (!save_trailing_delimiters) n = lastNonEmpty(cells);
-    const bool delimited = delimiter_save != 0;
-    walkLine(
-        n, row_count, mode, chosen_rows, delimited && save_trailing_delimiters,
-        [&](int r) { return cells[size_t(r)].view(); },
-        [&](QByteArrayView cell) { appendCellWide(out, cell, parsing_standard, u); },
-        [&](bool all) {
-            if (all && parsing_standard == AllQuotes) out.append(u.quote2);
-            out.append(u.delim);
-        });
-    if (delimited) out.chop(width);
-    out.append(u.lf);
+    columnToBytes(out, column, mode, chosen_rows);
 }

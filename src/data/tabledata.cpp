@@ -4,10 +4,7 @@
 #include "fileparameters.h"
 #include "indexmapping.h"
 #include "tabledataworker.h"
-#if __has_include("readonlydatacontainer.h")
 #include "readonlydatacontainer.h"
-#define GRIDMERE_HAS_READ_ONLY 1
-#endif
 
 #include <QEventLoop>
 #include <QTextCodec>
@@ -71,13 +68,8 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
     num_raw_rows = num_raw_cols = 0;
     container_kind = read_only ? ReadOnlyKind : EditableKind;
 
-#ifdef GRIDMERE_HAS_READ_ONLY
     if (read_only) container = std::make_unique<ReadOnlyDataContainer>();
     else container = std::make_unique<EditableDataContainer>();
-#else
-    container = std::make_unique<EditableDataContainer>();
-    container_kind = EditableKind;
-#endif
     container->setMutexAndCondition(mutex, wait_condition);
     container->setFilepath(filepath);
     delimiter_load = delimiterByte(delimiter_open);
@@ -174,6 +166,8 @@ void TableData::setSaveTrailingDelimiters(bool on) {
 void TableData::setExtension(const QString& value) { extension = value; }
 
 void TableData::setEncoding(EncodingType value, bool convert_cells) {
+    // A file on disk cannot be re-encoded cell by cell; its dialect stays.
+    if (convert_cells && container_kind == ReadOnlyKind) return;
     const EncodingType old_encoding = encoding;
     QTextCodec* old_codec = codec;
     encoding = value;
@@ -310,12 +304,10 @@ int TableData::trailingEmptyColumns(bool no_swap) const {
 }
 
 bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
-#ifdef GRIDMERE_HAS_READ_ONLY
     if (container_kind == ReadOnlyKind) {
         static_cast<ReadOnlyDataContainer*>(container.get())->setRowMap(indexes);
         return true;
     }
-#endif
     auto* editable = static_cast<EditableDataContainer*>(container.get());
     if (!asynchronous) {
         workers[1]->startTimer();
@@ -332,12 +324,10 @@ bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
 }
 
 void TableData::applyColumnOrder(std::vector<int>& indexes) {
-#ifdef GRIDMERE_HAS_READ_ONLY
     if (container_kind == ReadOnlyKind) {
         static_cast<ReadOnlyDataContainer*>(container.get())->setColumnMap(indexes);
         return;
     }
-#endif
     static_cast<EditableDataContainer*>(container.get())->applyColumnPermutation(indexes);
 }
 

@@ -190,6 +190,19 @@ private slots:
         QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
     }
 
+    // Read-only tables sort through an index map; the file never changes.
+    void readOnlySortInstallsMap() {
+        TableData t;
+        const QString path = writeFile("ro.csv", "r0\nr1\nr2\n");
+        t.load(path, false, true, ",", ",", Utf8, Rfc4180);
+        QCOMPARE(t.containerKind(), TableData::ReadOnlyKind);
+        std::vector<int> shown = {2, 0, 1}; // position i shows raw row shown[i]
+        QVERIFY(t.applyRowOrder(shown, true));
+        QCOMPARE(t.data(0, 0).toString(), QString("r2"));
+        QVERIFY(!t.setData(0, 0, "x"));
+        QCOMPARE(readFile(path), QByteArray("r0\nr1\nr2\n"));
+    }
+
     void failedAsynchronousLoadIsReported() {
         TableData t;
         QSignalSpy failed(&t, &TableData::loadFailedSignal);

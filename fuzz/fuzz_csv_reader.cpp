@@ -1,0 +1,158 @@
+// The CSV readers on arbitrary bytes. The first three bytes choose the
+// dialect: delimiter, quoting standard and encoding, chunk size; the rest is
+// the file. Every input is loaded through the four entry points (with and
+// without a delimiter, at its own width and at width 1), and each result must
+// equal the unit-by-unit state machine run over the whole input in memory:
+// for width 1 that checks the fast scanner, for every width it checks the
+// chunk seams and the byte order mark.
+#include "data/csvstatemachine.h"
+#include "data/editabledatacontainer.h"
+#include "data/fileparameters.h"
+
+#include <QByteArrayView>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+void check(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "fuzz_csv_reader: %s\n", what);
+        std::abort();
+    }
+}
+
+class StoreHost {
+public:
+    explicit StoreHost(EditableDataContainer& c) : c_(c) {}
+    bool lineStart(qint64, qint64) { return true; }
+    void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
+        c_.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)));
+    }
+
+private:
+    EditableDataContainer& c_;
+};
+
+template <int W, bool BigEndian>
+void reference(EditableDataContainer& out, QByteArrayView body, char delimiter, bool quotes) {
+    StoreHost host(out);
+    if (delimiter) {
+        CsvStateMachine<W, BigEndian, true, StoreHost> m(host, delimiter, quotes);
+        m.feed(body.data(), body.size() / W, 0);
+        m.finish();
+    } else {
+        CsvStateMachine<W, BigEndian, false, StoreHost> m(host, 0, false);
+        m.feed(body.data(), body.size() / W, 0);
+        m.finish();
+    }
+}
+
+void referenceLoad(EditableDataContainer& out, QByteArrayView file, EncodingType encoding,
+                   char delimiter, bool quotes) {
+    const QByteArrayView body = file.sliced(bomLengthAtStart(file, encoding));
+    const int w = encodingWidth(encoding);
+    const bool be = encodingIsBigEndian(encoding);
+    if (w == 1)
+        reference<1, false>(out, body, delimiter, quotes);
+    else if (w == 2 && be)
+        reference<2, true>(out, body, delimiter, quotes);
+    else if (w == 2)
+        reference<2, false>(out, body, delimiter, quotes);
+    else if (be)
+        reference<4, true>(out, body, delimiter, quotes);
+    else
+        reference<4, false>(out, body, delimiter, quotes);
+}
+
+void compare(const EditableDataContainer& got, const EditableDataContainer& want) {
+    check(got.rowCount() == want.rowCount(), "row count differs from the state machine");
+    check(got.columnCount() == want.columnCount(), "column count differs from the state machine");
+    check(got.storedRowCount() == want.storedRowCount(), "stored rows differ");
+    for (int r = 0; r < got.storedRowCount(); ++r) {
+        check(got.storedCellCount(r) == want.storedCellCount(r), "stored cells differ");
+        check(got.storedCellCount(r) <= got.columnCount(), "row longer than the column count");
+        for (int c = 0; c < got.storedCellCount(r); ++c)
+            check(got.cellView(r, c) == want.cellView(r, c), "cell differs from the state machine");
+    }
+}
+
+// One file per process, replaced (not truncated) for every input and removed
+// at exit. A plain array, so that it outlives the exit handler.
+char g_path[64];
+
+const char* filePath() {
+    if (!g_path[0]) {
+        std::snprintf(g_path, sizeof g_path, "/tmp/fuzz_csv_reader.%ld.csv", long(getpid()));
+        std::atexit([] { ::unlink(g_path); });
+    }
+    return g_path;
+}
+
+bool writeInput(const uint8_t* data, size_t size) {
+    const char* path = filePath();
+    ::unlink(path);
+    const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) return false;
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t n = ::write(fd, data + done, size - done);
+        if (n <= 0) break;
+        done += size_t(n);
+    }
+    return ::close(fd) == 0 && done == size;
+}
+
+constexpr char kDelimiters[] = {',', ';', '\t', '|', 0, '"', '\r', '\n', 0x1E, 0x1F, ' ', '\xA7'};
+constexpr EncodingType kEncodings[] = {Utf8,  Utf16LE, Utf16BE,   Utf32LE,         Utf32BE,
+                                       Utf16, Utf32,   Iso8859_1, Utf16BEDetected, Utf32LEDetected};
+
+void loadAndCompare(QByteArrayView file, char delimiter, ParsingStandard standard,
+                    EncodingType encoding, qint64 chunk) {
+    EditableDataContainer c;
+    c.setFilepath(QString::fromLocal8Bit(filePath()));
+    c.setDelimiters(delimiter, delimiter);
+    c.setParsingStandard(standard);
+    c.setEncoding(encoding);
+    if (chunk > 0) c.setChunkLimit(chunk);
+    check(c.loadCSV(), "load of an existing file failed");
+    check(c.fileSize() == file.size(), "file size");
+    const qsizetype mark = bomLengthAtStart(file, encoding);
+    check(c.hasBom() == (mark > 0), "byte order mark");
+
+    EditableDataContainer want;
+    referenceLoad(want, file, encoding, delimiter, standard != DelimiterOnly);
+    compare(c, want);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size < 3) return 0;
+    const char delimiter = kDelimiters[data[0] % sizeof kDelimiters];
+    const ParsingStandard standard = ParsingStandard(data[1] % 5);
+    const EncodingType encoding =
+        kEncodings[(data[1] / 5) % (sizeof kEncodings / sizeof *kEncodings)];
+    const qint64 chunk = data[2]; // 0: the reader's own limit
+    const QByteArrayView file(reinterpret_cast<const char*>(data + 3), qsizetype(size - 3));
+    if (!writeInput(data + 3, size - 3)) return 0;
+
+    // loadCSV dispatches on width and delimiter: this covers the fast narrow
+    // scanner (or the state machine for odd delimiters), the narrow reader
+    // without delimiter and both wide readers.
+    static constexpr EncodingType kWide[] = {Utf16LE, Utf16BE, Utf32LE, Utf32BE};
+    const bool is_wide = encodingWidth(encoding) > 1;
+    const EncodingType narrow = is_wide ? Utf8 : encoding;
+    const EncodingType wide = is_wide ? encoding : kWide[data[0] % 4];
+    for (EncodingType e : {narrow, wide}) {
+        loadAndCompare(file, delimiter, standard, e, chunk);
+        loadAndCompare(file, 0, standard, e, chunk);
+    }
+    return 0;
+}

@@ -1,0 +1,183 @@
+#pragma once
+
+#include "abstractdatacontainer.h"
+
+#include <QByteArrayView>
+
+#include <cstring>
+
+// Writes lines of cells in a save dialect: which cells get quotes, how short
+// lines are padded and how a line ends. Both containers write through it, so a
+// table saved from the editable store and from the read-only file gives the
+// same bytes. `Out` is QByteArray or std::string; the save writes rows
+// straight into its output buffer.
+class CsvLineWriter {
+public:
+    CsvLineWriter(char delimiter, ParsingStandard standard, bool trailing_delimiters, int width,
+                  bool big_endian);
+
+    // Appends cells 0..n-1 chosen by the selection mode, the padding up to
+    // `logical` positions, and the line end. `cell(i)` gives cell i as a
+    // QByteArrayView. The column writers pass UnixLineEnding: a transposed
+    // save always ends its lines in LF.
+    template <class Out, class CellAt>
+    void appendLine(Out& out, int n, int logical, SelectionMode mode, const IndexList& list,
+                    CellAt&& cell, LineEndingType ending) const {
+        const auto start = out.size();
+        if (mode == Only) {
+            for (int i : list)
+                if (i >= 0 && i < n) appendCell(out, cell(i));
+        } else {
+            size_t k = 0;
+            for (int i = 0; i < n; ++i) {
+                if (mode == Except && listed(list, k, i)) continue;
+                appendCell(out, cell(i));
+            }
+            if (padding_) {
+                for (int i = n; i < logical; ++i) {
+                    if (mode == Except && listed(list, k, i)) continue;
+                    appendPadding(out, mode == All);
+                }
+            }
+        }
+        if (delimited_ && out.size() > start) out.resize(out.size() - width_);
+        if (ending == WindowsLineEnding) {
+            appendUnit(out, CR);
+            appendUnit(out, LF);
+        } else {
+            appendUnit(out, ending == RecordSeparatorLineEnding ? RS : LF);
+        }
+    }
+
+    // The cell with its quoting, then the delimiter.
+    template <class Out> void appendCell(Out& out, QByteArrayView cell) const {
+        if (width_ != 1) {
+            appendCellWide(out, cell);
+            return;
+        }
+        if (!delimited_) {
+            out.append(cell.data(), cell.size());
+            return;
+        }
+        if (needsQuotes(cell))
+            appendQuoted(out, cell.data(), cell.data() + cell.size(), "\"", 1);
+        else
+            out.append(cell.data(), cell.size());
+        out.push_back(delimiter_);
+    }
+
+private:
+    enum Unit { Delimiter, Quote, CR, LF, RS, UnitCount };
+
+    // Mode Except walks an ascending list alongside the positions.
+    static bool listed(const IndexList& list, size_t& k, int i) {
+        while (k < list.size() && list[k] < i)
+            ++k;
+        return k < list.size() && list[k] == i;
+    }
+
+    // Branch-free scans without early exit: cells are short, and the compiler
+    // turns these loops into vector compares.
+    bool needsQuotes(QByteArrayView cell) const {
+        const char* p = cell.data();
+        const qsizetype n = cell.size();
+        const char d = delimiter_;
+        unsigned hit = 0;
+        switch (standard_) {
+        case Rfc4180:
+            for (qsizetype i = 0; i < n; ++i) {
+                const char c = p[i];
+                hit |= unsigned(c == d) | unsigned(c == '"') | unsigned(c == '\r') |
+                       unsigned(c == '\n');
+            }
+            return hit != 0;
+        case SparseQuotes:
+            for (qsizetype i = 0; i < n; ++i) {
+                const char c = p[i];
+                hit |= unsigned(c == d) | unsigned(c == '\r') | unsigned(c == '\n');
+            }
+            return hit != 0;
+        case AllQuotes:
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    // Wide cells are searched at every byte offset, not only at unit
+    // boundaries: a false match only adds harmless quoting.
+    bool needsQuotesWide(QByteArrayView cell) const {
+        switch (standard_) {
+        case Rfc4180:
+            return cell.contains(unit(Delimiter)) || cell.contains(unit(Quote)) ||
+                   cell.contains(unit(CR)) || cell.contains(unit(LF));
+        case SparseQuotes:
+            return cell.contains(unit(Delimiter)) || cell.contains(unit(CR)) ||
+                   cell.contains(unit(LF));
+        case AllQuotes:
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    template <class Out> void appendCellWide(Out& out, QByteArrayView cell) const {
+        if (!delimited_) {
+            out.append(cell.data(), cell.size());
+            return;
+        }
+        if (needsQuotesWide(cell))
+            appendQuoted(out, cell.data(), cell.data() + cell.size(), units_[Quote], width_);
+        else
+            out.append(cell.data(), cell.size());
+        appendUnit(out, Delimiter);
+    }
+
+    // The quote pattern around the bytes, and doubled wherever a code unit of
+    // the cell is a quote.
+    template <class Out>
+    static void appendQuoted(Out& out, const char* p, const char* end, const char* quote, int w) {
+        out.append(quote, w);
+        while (p < end) {
+            const char* q;
+            if (w == 1) {
+                q = static_cast<const char*>(std::memchr(p, *quote, size_t(end - p)));
+            } else {
+                // Only a whole unit is a quote: doubling a match that straddles
+                // two units would insert a unit into the text.
+                const QByteArrayView rest(p, end - p), pattern(quote, w);
+                qsizetype at = rest.indexOf(pattern);
+                while (at >= 0 && at % w != 0)
+                    at = rest.indexOf(pattern, at + 1);
+                q = at < 0 ? nullptr : p + at;
+            }
+            if (!q) {
+                out.append(p, end - p);
+                break;
+            }
+            out.append(p, q - p + w);
+            out.append(quote, w);
+            p = q + w;
+        }
+        out.append(quote, w);
+    }
+
+    template <class Out> void appendPadding(Out& out, bool all) const {
+        if (all && standard_ == AllQuotes) {
+            appendUnit(out, Quote);
+            appendUnit(out, Quote);
+        }
+        appendUnit(out, Delimiter);
+    }
+
+    template <class Out> void appendUnit(Out& out, Unit u) const { out.append(units_[u], width_); }
+    QByteArrayView unit(Unit u) const { return QByteArrayView(units_[u], width_); }
+
+    char delimiter_;
+    ParsingStandard standard_;
+    bool delimited_;
+    bool padding_;
+    int width_;
+    // Code units as byte patterns of the file's width and byte order.
+    char units_[UnitCount][4];
+};

@@ -1,0 +1,169 @@
+#pragma once
+
+#include "abstractdatacontainer.h"
+
+#include <QByteArray>
+
+#include <memory>
+#include <vector>
+
+class QFile;
+
+// Where the index finds cell number k * stride: its position, and the file
+// offset of its first code unit (in units of the file's width). For a column
+// that its line lacks, the offset is that of the line's terminator, or of the
+// end of the file for a last line without one.
+struct CellIndexEntry {
+    qint32 row = 0;
+    qint32 column = 0;
+    qint64 offset = 0;
+};
+static_assert(sizeof(CellIndexEntry) == 16, "the index costs 16 bytes per entry");
+
+// A file too large to hold, shown from disk. Two passes over the file find the
+// table's size and then the offset of every 25th cell of the row-major
+// rectangle; a cell read seeks to the entry at or before it and walks at most
+// 24 fields. Nothing can be edited. A sort installs index maps instead of
+// moving anything.
+//
+// Index spaces: data() without `raw`, rowToBytes and columnToBytes (and so
+// save and saveAs) work on shown positions, which the maps translate to file
+// lines. data() with `raw`, getRow and getColumn work on file lines: a sort
+// reads its keys from them, and its result P, with P[i] the file line shown at
+// position i, is installed as it is.
+//
+// Reads come from one thread at a time (the GUI thread, or a worker while the
+// GUI thread waits), so the read window below is not locked.
+class ReadOnlyDataContainer : public AbstractDataContainer {
+    Q_OBJECT
+
+public:
+    static constexpr int kIndexStride = 25;
+
+    explicit ReadOnlyDataContainer(QObject* parent = nullptr);
+    ~ReadOnlyDataContainer() override;
+
+    QByteArray data(int row, int column, bool raw = false) const override;
+    int rowCount() const override { return row_count; }
+    int columnCount() const override { return column_count; }
+    // Every line counts as full width: a short line's missing cells exist as
+    // empty ones.
+    int columnCountOfRow(int row) const override;
+    int trailingEmptyRows() const override { return 0; }
+    int trailingEmptyColumns() const override { return 0; }
+
+    // Edits are refused. The model refuses them before they get here, so the
+    // refusal is silent; moved-in cells are destroyed.
+    bool setCell(int row, int column, QByteArrayView bytes) override;
+    bool setRowCount(int n) override;
+    bool setColumnCount(int n) override;
+    bool clear() override;
+    void setRow(int row, CellList&& cells) override;
+    void setColumn(int column, CellList&& cells) override;
+    void insertRow(int row, CellList&& cells) override;
+    void insertColumn(int column, CellList&& cells) override;
+    bool insertRows(int row, int count) override;
+    bool insertColumns(int column, int count) override;
+    bool removeRows(int row, int count) override;
+    bool removeColumns(int column, int count) override;
+
+    void getRow(CellList& out, int row, SelectionMode mode,
+                const IndexList& columns) const override;
+    void getColumn(CellList& out, int column, SelectionMode mode,
+                   const IndexList& rows) const override;
+
+    // Writing over the open source in place would truncate the file under the
+    // index: refused. With a backup name the new file replaces the old one by
+    // a rename, and the open descriptor keeps reading the old one.
+    bool save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
+              const IndexList& hidden_columns) override;
+
+    // One writer serves every width; the Wide forms delegate.
+    void rowToBytes(QByteArray& out, int row, SelectionMode mode,
+                    const IndexList& columns) const override;
+    void rowToBytesWide(QByteArray& out, int row, SelectionMode mode,
+                        const IndexList& columns) const override;
+    void columnToBytes(QByteArray& out, int column, SelectionMode mode,
+                       const IndexList& rows) const override;
+    void columnToBytesWide(QByteArray& out, int column, SelectionMode mode,
+                           const IndexList& rows) const override;
+
+    // A sort result: map[i] is the file line shown at position i. Assigning
+    // activates the map; an empty one returns to file order.
+    void setRowMap(std::vector<int> map);
+    void setColumnMap(std::vector<int> map);
+    const std::vector<int>& rowMap() const { return row_map; }
+    const std::vector<int>& columnMap() const { return column_map; }
+    bool rowMapActive() const { return row_map_active; }
+    bool columnMapActive() const { return column_map_active; }
+
+    const std::vector<CellIndexEntry>& cellIndex() const { return index; }
+    int indexStride() const { return index_stride; }
+    // Memory held by the index.
+    qint64 indexBytes() const { return qint64(index.capacity() * sizeof(CellIndexEntry)); }
+    qint64 fileSize() const { return file_size; }
+
+public slots:
+    bool loadCSV() override;
+
+protected:
+    int storedLineCount() const override { return row_count; }
+
+private:
+    struct ScanProgress;
+    struct CountingPass;
+    struct IndexingPass;
+    struct FieldFinder;
+    struct RowCollector;
+    struct Span {
+        qint64 begin = 0; // in units, absolute
+        qint64 end = 0;
+    };
+    template <class Walk> bool withUnitMachine(Walk&& walk) const;
+    template <class Host> bool scan(Host& host, qint64 skip_units, qint64 chunk, char* buffer);
+    void resetTable();
+
+    qint64 dataEnd() const { return file_size / reading.width; }
+    qint64 entryOffset(qint64 k) const;
+    QByteArrayView readBytes(qint64 from, qint64 to, qint64 ahead) const;
+    QByteArrayView rawField(qint64 row, qint64 column, qint64 ahead) const;
+    const char* rawRow(qint64 row, std::vector<Span>& spans, qint64& base) const;
+    QByteArrayView spanBytes(const char* p, qint64 base, const Span& s) const;
+    void appendShown(QByteArray& out, QByteArrayView field) const;
+    // The file line shown at a position, through the map when one is active;
+    // -1 for a map entry out of range.
+    int fileRow(int shown) const;
+    int fileColumn(int shown) const;
+    void collectShownRow(int row) const;
+    void collectShownColumn(int column) const;
+
+    // The dialect the file was scanned in. Cells are read by it for the
+    // container's life; the dialect setters only change what a save writes.
+    struct ReadingDialect {
+        char delimiter = ',';
+        ParsingStandard standard = Rfc4180;
+        int width = 1;
+        bool big_endian = false;
+    };
+
+    ReadingDialect reading;
+    std::unique_ptr<QFile> file;
+    qint64 file_size = 0;
+    std::vector<CellIndexEntry> index;
+    qint32 index_stride = kIndexStride;
+    qint32 row_count = 0;
+    qint32 column_count = 0;
+    std::vector<int> row_map;
+    std::vector<int> column_map;
+    bool row_map_active = false;
+    bool column_map_active = false;
+
+    // The last stretch of the file read, reused while later reads fall inside
+    // it: painting reads neighbouring cells, a save reads lines in order.
+    mutable QByteArray window;
+    mutable qint64 window_start = 0;
+    // Scratch of the line writers: the shown cells of one line, back to back.
+    mutable QByteArray line_bytes;
+    mutable std::vector<qsizetype> line_ends;
+    mutable std::vector<Span> row_spans;
+};
