@@ -42,4 +42,4 @@ QString columnLabel(int index, bool columns_as_letters, bool with_prefix);
 
 // More indexes than this in one list is treated as a mistake rather than
 // allocated: it keeps a stray "1-2000000000" from eating the machine.
-inline constexpr qsizetype kMaxListedIndexes = qsizetype(1) << 24;
+inline constexpr qsizetype kMaxListedIndexes = qsizetype(1) << 20;
