@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <thread>
 #include <unordered_map>
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -16,6 +17,8 @@
 namespace {
 
 constexpr qint64 kMaxIndex = INT_MAX - 1; // row and column numbers are 32-bit
+
+} // namespace
 
 // A page-aligned read buffer whose consumed part can be handed back to the
 // kernel while the chunk is parsed, so that the chunk does not add to the
@@ -61,6 +64,8 @@ private:
     qint64 size_;
 };
 
+namespace {
+
 qint64 readFully(QFile& file, char* buffer, qint64 size) {
     qint64 got = 0;
     while (got < size) {
@@ -76,12 +81,21 @@ qint64 readFully(QFile& file, char* buffer, qint64 size) {
 // Receives the reader's cells. Lines arrive strictly in order, so a line is
 // gathered in a scratch row and moved into the store, exactly sized, when the
 // next line starts. The effect is that of setCell for each field.
+//
+// The main sink writes into the container and reports progress; a side sink
+// (for the second half of a split chunk) gathers rows of its own, numbered
+// from 0, and is absorbed into the main one when its half is accepted.
 class CsvRowSink {
 public:
     CsvRowSink(EditableDataContainer& c, qint64 file_size, ChunkBuffer& buffer)
-        : c_(c), buffer_(buffer), file_size_(file_size),
-          report_(file_size >= csv::kProgressThreshold),
-          step_units_(csv::kProgressStep / c.width) {}
+        : c_(c), buffer_(buffer), rows_(&c.rows), row_count_(&c.row_count),
+          column_count_(&c.column_count), file_size_(file_size),
+          report_(file_size >= csv::kProgressThreshold), step_units_(csv::kProgressStep / c.width) {}
+
+    // A side sink.
+    CsvRowSink(EditableDataContainer& c, ChunkBuffer& buffer)
+        : c_(c), buffer_(buffer), rows_(&own_rows_), row_count_(&own_row_count_),
+          column_count_(&own_column_count_), file_size_(0), report_(false), step_units_(1) {}
 
     void beginFeed(const char* start) {
         feed_start_ = start;
@@ -109,9 +123,9 @@ public:
         if (Q_UNLIKELY(row != current_row_)) {
             commit();
             current_row_ = row;
-            c_.row_count = int(row + 1);
+            *row_count_ = int(row + 1);
         }
-        if (Q_UNLIKELY(column >= c_.column_count)) c_.column_count = int(column + 1);
+        if (Q_UNLIKELY(column >= *column_count_)) *column_count_ = int(column + 1);
         const int col = int(column);
         // Fields arrive left to right, so the common case appends.
         if (Q_LIKELY(col == scratch_.size())) {
@@ -130,8 +144,21 @@ public:
         if (current_row_ < 0) return;
         Row row;
         scratch_.relocateInto(row);
-        c_.rows.push_back(std::move(row));
+        rows_->push_back(std::move(row));
         current_row_ = -1;
+    }
+
+    // Takes over a side sink's rows, which follow the `lines_before` lines
+    // this sink has seen, and its unfinished last line.
+    void absorb(CsvRowSink& side, qint64 lines_before) {
+        commit();
+        side.own_rows_.relocateAppendTo(*rows_);
+        *column_count_ = std::max(*column_count_, side.own_column_count_);
+        if (side.own_row_count_ > 0) *row_count_ = int(lines_before + side.own_row_count_);
+        if (side.current_row_ >= 0) {
+            std::swap(scratch_, side.scratch_);
+            current_row_ = side.current_row_ + lines_before;
+        }
     }
 
 private:
@@ -139,6 +166,12 @@ private:
 
     EditableDataContainer& c_;
     ChunkBuffer& buffer_;
+    RelocatableVector<Row>* rows_;
+    int* row_count_;
+    int* column_count_;
+    RelocatableVector<Row> own_rows_;
+    int own_row_count_ = 0;
+    int own_column_count_ = 0;
     const qint64 file_size_;
     const bool report_;
     const qint64 step_units_;
@@ -151,6 +184,46 @@ private:
 
 EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
 EditableDataContainer::~EditableDataContainer() = default;
+
+// Reads one chunk on two threads when it is large: the second half starts at
+// the first line end past the middle, on the guess that it lies outside
+// quotes. The first half's final state confirms or refutes the guess; when
+// refuted, the first scanner simply reads on through the second half too.
+template <class Engine, class MakeEngine>
+bool EditableDataContainer::feedSplit(Engine& engine, MakeEngine& make_engine, CsvRowSink& sink,
+                                      ChunkBuffer& buffer, const char* p, qint64 n, qint64 base) {
+    qint64 split = -1;
+    if (n >= 2 * parallel_threshold) {
+        const void* lf = std::memchr(p + n / 2, '\n', size_t(n - n / 2));
+        if (lf) split = static_cast<const char*>(lf) - p + 1;
+    }
+    if (split <= 0 || split >= n) {
+        sink.beginFeed(p);
+        return engine.feed(p, n, base);
+    }
+    CsvRowSink side_sink(*this, buffer);
+    auto side = make_engine(side_sink);
+    bool side_ok = true;
+    std::thread worker([&] {
+        side_sink.beginFeed(p + split);
+        side_ok = side.feed(p + split, n - split, base + split);
+    });
+    sink.beginFeed(p);
+    const bool ok = engine.feed(p, split, base);
+    worker.join();
+    if (!ok) return false;
+    if (!engine.atLineStart()) {
+        // The middle line end was inside quotes: the side's rows are wrong.
+        sink.beginFeed(p + split);
+        return engine.feed(p + split, n - split, base + split);
+    }
+    if (!side_ok) return false;
+    const qint64 lines_before = engine.linesSeen();
+    sink.absorb(side_sink, lines_before);
+    side.continueAfter(lines_before, sink);
+    engine = std::move(side);
+    return true;
+}
 
 template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine) {
     QFile file(filepath_);
@@ -189,8 +262,16 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
             skip = detectBom(buffer.data(), got, true) / w;
             first = false;
         }
-        sink.beginFeed(buffer.data() + skip * w);
-        if (!engine.feed(buffer.data() + skip * w, units - skip, unit_base + skip)) {
+        const char* start = buffer.data() + skip * w;
+        const qint64 count = units - skip;
+        bool ok = true;
+        if constexpr (requires { engine.atLineStart(); }) {
+            ok = feedSplit(engine, make_engine, sink, buffer, start, count, unit_base + skip);
+        } else {
+            sink.beginFeed(start);
+            ok = engine.feed(start, count, unit_base + skip);
+        }
+        if (!ok) {
             sink.commit(); // what was read so far stays
             return false;
         }

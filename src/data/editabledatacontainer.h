@@ -6,6 +6,8 @@
 #include <functional>
 
 using Row = RelocatableVector<Cell>;
+class ChunkBuffer;
+class CsvRowSink;
 
 // The in-memory store. Sparse at its right and bottom edges: `row_count` and
 // `column_count` are logical sizes, and anything beyond what is stored reads
@@ -63,6 +65,9 @@ public:
     int storedRowCount() const { return rows.size(); }
     int storedCellCount(int row) const { return row >= 0 && row < rows.size() ? rows[row].size() : 0; }
     qint64 fileSize() const { return file_size; }
+    // Chunks of at least twice this many bytes are read on two threads.
+    // Tests lower it to put the split into small files.
+    void setParallelThreshold(qint64 bytes) { parallel_threshold = bytes; }
 
     // Sort application: P[i] is the position the line now at i moves to.
     // Row handles and cells move; no byte is copied. `step(done, total)` is
@@ -84,7 +89,11 @@ protected:
 
 private:
     friend class CsvRowSink;
+    friend class ChunkBuffer;
     template <class Impl> bool runLoad(Impl& impl);
+    template <class Engine, class MakeEngine>
+    bool feedSplit(Engine& engine, MakeEngine& make_engine, CsvRowSink& sink, ChunkBuffer& buffer,
+                   const char* p, qint64 n, qint64 base);
     template <class Out>
     void appendRowBytes(Out& out, int row, SelectionMode mode, const IndexList& columns) const;
 
@@ -92,5 +101,6 @@ private:
     qint64 file_size = 0;
     int row_count = 0;
     int column_count = 0;
+    qint64 parallel_threshold = 16 * 1024 * 1024;
 };
 

@@ -22,10 +22,21 @@
 template <bool Delimited, class Host> class NarrowCsvScanner {
 public:
     NarrowCsvScanner(Host& host, char delimiter, bool quotes)
-        : host_(host), delimiter_(delimiter), quotes_(quotes && Delimited) {}
+        : host_(&host), delimiter_(delimiter), quotes_(quotes && Delimited) {}
 
     static bool supportsDelimiter(char d) {
         return d != 0 && d != '\r' && d != '\n' && d != 0x1E && d != '"';
+    }
+
+    // For a split read: a second scanner reads the second half of a chunk from
+    // a guessed line start while this one reads the first half. The guess
+    // holds when this scanner ends its half exactly at a line start; the
+    // second scanner then carries on for both, its rows shifted behind ours.
+    bool atLineStart() const { return state_ == LineStart; }
+    qint64 linesSeen() const { return row_ + 1; }
+    void continueAfter(qint64 lines_before, Host& host) {
+        row_ += lines_before;
+        host_ = &host;
     }
 
     bool feed(const char* p, qint64 n, qint64 base) {
@@ -40,7 +51,7 @@ public:
             case LineStart:
                 ++row_;
                 column_ = -1;
-                if (!host_.lineStart(base + i, i)) return false;
+                if (!host_->lineStart(base + i, i)) return false;
                 [[fallthrough]];
             case FieldStart: {
                 ++column_;
@@ -48,10 +59,10 @@ public:
                 begin = i;
                 const char c = p[i++];
                 if (isDelimiter(c)) {
-                    host_.setCell(row_, column_, nullptr, 0);
+                    host_->setCell(row_, column_, nullptr, 0);
                     state_ = FieldStart;
                 } else if (isLineEnd(c)) {
-                    host_.setCell(row_, column_, nullptr, 0);
+                    host_->setCell(row_, column_, nullptr, 0);
                     lineEnd(c, p, i, n);
                 } else if (c == '"' && quotes_) {
                     doubled_ = false;
@@ -112,7 +123,7 @@ public:
     void finish() {
         switch (state_) {
         case InField:
-            host_.setCell(row_, column_, spill_.data(), spill_.size());
+            host_->setCell(row_, column_, spill_.data(), spill_.size());
             break;
         case InQuotes: {
             // Unterminated: kept with its opening quote; a final delimiter or
@@ -122,7 +133,7 @@ public:
                 const char last = spill_[n - 1];
                 if (isDelimiter(last) || isLineEnd(last)) --n;
             }
-            host_.setCell(row_, column_, spill_.data(), n);
+            host_->setCell(row_, column_, spill_.data(), n);
             break;
         }
         case AfterQuote:
@@ -177,10 +188,10 @@ private:
     // The field's bytes: the spilled head, if a seam cut it, then [p, p+len).
     void emitField(const char* p, qint64 len) {
         if (spill_.empty()) {
-            host_.setCell(row_, column_, p, size_t(len));
+            host_->setCell(row_, column_, p, size_t(len));
         } else {
             spill_.append(p, size_t(len));
-            host_.setCell(row_, column_, spill_.data(), spill_.size());
+            host_->setCell(row_, column_, spill_.data(), spill_.size());
         }
     }
     // `raw` runs from the opening quote to the closing quote inclusive.
@@ -193,11 +204,11 @@ private:
             n = spill_.size();
         }
         if (n < 2) { // cannot happen for a closed quote; stay safe
-            host_.setCell(row_, column_, raw, n);
+            host_->setCell(row_, column_, raw, n);
             return;
         }
         if (!doubled_) {
-            host_.setCell(row_, column_, raw + 1, n - 2);
+            host_->setCell(row_, column_, raw + 1, n - 2);
             return;
         }
         collapsed_.clear();
@@ -205,12 +216,12 @@ private:
             collapsed_.push_back(raw[k]);
             if (raw[k] == '"' && k + 2 < n && raw[k + 1] == '"') ++k;
         }
-        host_.setCell(row_, column_, collapsed_.data(), collapsed_.size());
+        host_->setCell(row_, column_, collapsed_.data(), collapsed_.size());
     }
 
-    Host& host_;
-    const char delimiter_;
-    const bool quotes_;
+    Host* host_;
+    char delimiter_;
+    bool quotes_;
     State state_ = LineStart;
     qint64 row_ = -1;
     qint64 column_ = -1;

@@ -114,6 +114,15 @@ public:
         size_ = 0;
     }
 
+    // Moves every element to the end of `dst`, leaving this vector empty.
+    void relocateAppendTo(RelocatableVector& dst) {
+        if (size_ == 0) return;
+        dst.grow(dst.size_ + size_);
+        std::memcpy(static_cast<void*>(dst.data_ + dst.size_), data_, sizeof(T) * size_);
+        dst.size_ += size_;
+        size_ = 0;
+    }
+
 private:
     void destroy(uint32_t from, uint32_t to) noexcept {
         for (uint32_t i = from; i < to; ++i) data_[i].~T();

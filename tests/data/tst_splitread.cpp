@@ -1,0 +1,81 @@
+#include "data/editabledatacontainer.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <random>
+
+// Large chunks are read on two threads from a guessed line start. Whatever
+// the guess, the cells must be those of a single-threaded read.
+class TestSplitRead : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+    static QByteArray randomCsv(std::mt19937& rng, bool crlf) {
+        static const char* const pieces[] = {"a", "b,c", "\"q\"", "\n", "\r\n", "x y", "", "\xc3\xa9"};
+        QByteArray out;
+        const int rows = 1 + int(rng() % 300);
+        for (int r = 0; r < rows; ++r) {
+            const int cols = 1 + int(rng() % 6);
+            for (int c = 0; c < cols; ++c) {
+                QByteArray cell;
+                for (int k = int(rng() % 4); k > 0; --k) cell += pieces[rng() % 8];
+                const bool quote = cell.contains(',') || cell.contains('"') || cell.contains('\n') ||
+                                   cell.contains('\r') || rng() % 5 == 0;
+                if (quote) cell = '"' + cell.replace("\"", "\"\"") + '"';
+                out += cell;
+                if (c + 1 < cols) out += ',';
+            }
+            out += crlf ? "\r\n" : "\n";
+        }
+        if (rng() % 3 == 0) out += "\"unterminated\nfield";
+        return out;
+    }
+
+    struct Snapshot {
+        int rows = 0, cols = 0;
+        QList<QByteArray> cells;
+        bool operator==(const Snapshot&) const = default;
+    };
+
+    Snapshot load(const QString& path, qint64 threshold, qint64 chunk) {
+        EditableDataContainer c;
+        c.setFilepath(path);
+        c.setParallelThreshold(threshold);
+        c.setChunkLimit(chunk);
+        Snapshot s;
+        if (!c.loadCSV()) return s;
+        s.rows = c.rowCount();
+        s.cols = c.columnCount();
+        for (int r = 0; r < s.rows; ++r) {
+            s.cells << QByteArray::number(c.storedCellCount(r));
+            for (int col = 0; col < c.storedCellCount(r); ++col) s.cells << c.data(r, col);
+        }
+        return s;
+    }
+
+private slots:
+    void sameCellsAsOneThread() {
+        std::mt19937 rng(11);
+        const QString path = dir.filePath("t.csv");
+        for (int round = 0; round < 300; ++round) {
+            const QByteArray bytes = randomCsv(rng, round % 2 == 0);
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            f.write(bytes);
+            f.close();
+            const Snapshot single = load(path, qint64(1) << 40, qint64(1) << 30);
+            // Split points anywhere, in one chunk and across several.
+            const qint64 threshold = 1 + qint64(rng() % 64);
+            const qint64 chunk = round % 3 == 0 ? 64 + qint64(rng() % 512) : qint64(1) << 30;
+            const Snapshot split = load(path, threshold, chunk);
+            if (!(split == single))
+                QFAIL(qPrintable(QString("round %1, threshold %2, chunk %3").arg(round).arg(threshold).arg(chunk)));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSplitRead)
+#include "tst_splitread.moc"
