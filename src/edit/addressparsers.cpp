@@ -66,12 +66,12 @@ bool appendSpan(QList<int>& out, int first, int last) {
     const qint64 span = qint64(last) - qint64(first);
     const qint64 count = (span < 0 ? -span : span) + 1;
     if (out.size() + count > kMaxListedIndexes) return false;
-    if (out.isEmpty()) out.reserve(count);
+    // One resize and a plain fill: a long range costs a memset's worth.
+    const qsizetype old_size = out.size();
+    out.resize(old_size + count);
+    int* p = out.data() + old_size;
     const int step = first <= last ? 1 : -1;
-    for (qint64 v = first;; v += step) {
-        out.append(int(v));
-        if (v == last) break;
-    }
+    for (qint64 k = 0; k < count; ++k) p[k] = int(first + k * step);
     return true;
 }
 
