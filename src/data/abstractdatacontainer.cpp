@@ -8,6 +8,9 @@
 #include <QWaitCondition>
 
 #include <cerrno>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -81,18 +84,71 @@ bool AbstractDataContainer::saveAs(const QString& path, bool keep_backup, bool t
 
 namespace {
 
-// Writes through one large buffer and a plain descriptor: a row is a few
-// dozen bytes, and per-row calls into QIODevice cost more than the copy.
+// Writes through large buffers and a plain descriptor: a row is a few dozen
+// bytes, and per-row calls into QIODevice cost more than the copy. Two
+// buffers take turns: a writer thread copies one into the kernel while the
+// caller formats rows into the other, so a save costs about the larger of
+// the two instead of their sum.
 class BatchWriter {
 public:
-    explicit BatchWriter(int fd) : fd_(fd) { batch_.reserve(kBatch + 65536); }
-    std::string& batch() { return batch_; }
-    bool maybeFlush() { return batch_.size() < kBatch || flush(); }
+    explicit BatchWriter(int fd) : fd_(fd) {
+        current_.reserve(kBatch + 65536);
+        pending_.reserve(kBatch + 65536);
+        thread_ = std::thread([this] { run(); });
+    }
+    ~BatchWriter() { finish(); }
+    BatchWriter(const BatchWriter&) = delete;
+    BatchWriter& operator=(const BatchWriter&) = delete;
+
+    std::string& batch() { return current_; }
+    bool maybeFlush() { return current_.size() < kBatch ? !failed_.load() : handOff(); }
+    // Writes what is left and waits for the writer; false on any write error.
     bool flush() {
-        const char* p = batch_.data();
-        size_t left = batch_.size();
+        if (!current_.empty()) handOff();
+        finish();
+        return !failed_.load();
+    }
+
+private:
+    static constexpr size_t kBatch = 4 * 1024 * 1024;
+
+    bool handOff() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return !pending_ready_; });
+        std::swap(current_, pending_);
+        current_.clear();
+        pending_ready_ = true;
+        changed_.notify_all();
+        return !failed_.load();
+    }
+    void finish() {
+        if (!thread_.joinable()) return;
+        {
+            std::lock_guard lock(mutex_);
+            done_ = true;
+        }
+        changed_.notify_all();
+        thread_.join();
+    }
+    void run() {
+        for (;;) {
+            {
+                std::unique_lock lock(mutex_);
+                changed_.wait(lock, [this] { return pending_ready_ || done_; });
+                if (!pending_ready_) return;
+            }
+            // The caller leaves `pending_` alone until it is handed back.
+            if (!failed_.load() && !writeAll(pending_)) failed_ = true;
+            std::lock_guard lock(mutex_);
+            pending_ready_ = false;
+            changed_.notify_all();
+        }
+    }
+    bool writeAll(const std::string& bytes) {
+        const char* p = bytes.data();
+        size_t left = bytes.size();
         while (left > 0) {
-            ssize_t n = ::write(fd_, p, size_t(left));
+            const ssize_t n = ::write(fd_, p, left);
             if (n < 0) {
                 if (errno == EINTR) continue;
                 return false;
@@ -100,14 +156,18 @@ public:
             p += n;
             left -= size_t(n);
         }
-        batch_.clear();
         return true;
     }
 
-private:
-    static constexpr size_t kBatch = 4 * 1024 * 1024;
     int fd_;
-    std::string batch_;
+    std::string current_;
+    std::string pending_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool pending_ready_ = false;
+    bool done_ = false;
+    std::atomic<bool> failed_{false};
+    std::thread thread_;
 };
 
 } // namespace
