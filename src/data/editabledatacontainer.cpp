@@ -129,7 +129,7 @@ public:
         const int col = int(column);
         // Fields arrive left to right, so the common case appends.
         if (Q_LIKELY(col == scratch_.size())) {
-            if (size) scratch_.push_back(Cell(bytes, size));
+            if (size) scratch_.emplace_back(bytes, size);
             return;
         }
         if (size == 0) {

@@ -427,34 +427,21 @@ QByteArray encodeCell(QStringView text, EncodingType encoding, const QTextCodec*
 // --- Delimiter ---
 
 QString delimiterLongName(const QString& delimiter) {
-    if (delimiter.isEmpty()) return QStringLiteral("(none)");
+    // Printable delimiters get their name beside the character; the rest are
+    // named as in the short form.
     if (delimiter.size() == 1) {
         switch (delimiter.front().unicode()) {
-        case ' ':
-            return QStringLiteral("space");
-        case '\t':
-            return QStringLiteral("tab");
-        case ',':
-            return QStringLiteral("comma (,)");
-        case ';':
-            return QStringLiteral("semi-colon (;)");
-        case ':':
-            return QStringLiteral("colon (:)");
-        case '|':
-            return QStringLiteral("pipe (|)");
-        case '.':
-            return QStringLiteral("period (.)");
-        case '-':
-            return QStringLiteral("dash (-)");
-        case '/':
-            return QStringLiteral("forward slash (/)");
-        case '\\':
-            return QStringLiteral("back slash (\\)");
-        case 0x1F:
-            return QStringLiteral("Unit Separator");
+        case ',': return QStringLiteral("comma (,)");
+        case ';': return QStringLiteral("semi-colon (;)");
+        case ':': return QStringLiteral("colon (:)");
+        case '|': return QStringLiteral("pipe (|)");
+        case '.': return QStringLiteral("period (.)");
+        case '-': return QStringLiteral("dash (-)");
+        case '/': return QStringLiteral("forward slash (/)");
+        case '\\': return QStringLiteral("back slash (\\)");
         }
     }
-    return delimiter;
+    return delimiterShortName(delimiter);
 }
 
 QString delimiterShortName(const QString& delimiter) {

@@ -89,6 +89,11 @@ public:
         new (data_ + size_) T(std::move(value));
         ++size_;
     }
+    template <class... Args> void emplace_back(Args&&... args) {
+        grow(size_ + 1);
+        new (data_ + size_) T(std::forward<Args>(args)...);
+        ++size_;
+    }
     // Opens `count` empty slots at `pos` (pos <= size).
     void insertEmpty(int pos, int count) {
         uint32_t p = uint32_t(pos), c = uint32_t(count);
