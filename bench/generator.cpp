@@ -18,14 +18,14 @@ struct SplitMix64 {
 };
 
 const char* const kWords[] = {
-    "alpha",   "harbour", "copper", "meadow", "signal", "lantern", "quartz",  "willow",
-    "ember",   "basalt",  "orchid", "falcon", "tundra", "saffron", "granite", "pepper",
-    "cobalt",  "juniper", "marble", "raven",  "thistle", "velvet", "zephyr",  "anchor",
-    "bramble", "cinder",  "delta",  "fjord",  "glacier", "hazel",  "indigo",  "kelp"};
+    "alpha",   "harbour", "copper", "meadow", "signal",  "lantern", "quartz",  "willow",
+    "ember",   "basalt",  "orchid", "falcon", "tundra",  "saffron", "granite", "pepper",
+    "cobalt",  "juniper", "marble", "raven",  "thistle", "velvet",  "zephyr",  "anchor",
+    "bramble", "cinder",  "delta",  "fjord",  "glacier", "hazel",   "indigo",  "kelp"};
 const char* const kFirst[] = {"Ada",   "Björn", "Chidi",  "Dolores", "Emeka", "Fatima",
                               "Grace", "Hiro",  "Ingrid", "José",    "Kwame", "Lena",
                               "Mateo", "Nadia", "Omar",   "Priya",   "Quinn", "Rosa"};
-const char* const kLast[] = {"Abbott", "Brennan", "Castillo", "Dubois", "Eriksen", "Fischer",
+const char* const kLast[] = {"Abbott", "Brennan", "Castillo", "Dubois", "Eriksen",  "Fischer",
                              "Gallo",  "Haddad",  "Ivanova",  "Jensen", "Kowalski", "Lindqvist",
                              "Moreau", "Novak",   "O'Neill",  "Petrov", "Rossi",    "Sato"};
 const char* const kCategories[] = {"retail", "wholesale", "online", "partner", "internal"};
@@ -34,7 +34,9 @@ template <size_t N> const char* pick(SplitMix64& rng, const char* const (&list)[
     return list[rng.below(N)];
 }
 
-void appendInt(std::string& s, long long v) { s += std::to_string(v); }
+void appendInt(std::string& s, long long v) {
+    s += std::to_string(v);
+}
 
 void appendDecimal(std::string& s, SplitMix64& rng, int max_int, bool negative_allowed) {
     if (negative_allowed && rng.below(5) == 0) s += '-';

@@ -39,14 +39,13 @@ struct Options {
 };
 
 int usage() {
-    std::fprintf(stderr,
-                 "usage: gridmere-bench generate OUT --bytes N [--seed S]\n"
-                 "       gridmere-bench load FILE [--delimiter D] [--encoding NAME] "
-                 "[--standard NAME] [--read-only]\n"
-                 "       gridmere-bench cells FILE [same options]\n"
-                 "       gridmere-bench save FILE OUT [same options]\n"
-                 "       gridmere-bench readcells FILE [same options] [--count N]\n"
-                 "       gridmere-bench sort KEYFILE\n");
+    std::fprintf(stderr, "usage: gridmere-bench generate OUT --bytes N [--seed S]\n"
+                         "       gridmere-bench load FILE [--delimiter D] [--encoding NAME] "
+                         "[--standard NAME] [--read-only]\n"
+                         "       gridmere-bench cells FILE [same options]\n"
+                         "       gridmere-bench save FILE OUT [same options]\n"
+                         "       gridmere-bench readcells FILE [same options] [--count N]\n"
+                         "       gridmere-bench sort KEYFILE\n");
     return 2;
 }
 
@@ -86,8 +85,9 @@ std::unique_ptr<AbstractDataContainer> makeContainer(const Options& o) {
         c = std::make_unique<EditableDataContainer>();
     c->setFilepath(o.file);
     c->setEncoding(o.encoding);
-    const char d = o.delimiter_given ? o.delimiter
-                                     : delimiterByte(delimiterForExtension(QFileInfo(o.file).suffix()));
+    const char d = o.delimiter_given
+                       ? o.delimiter
+                       : delimiterByte(delimiterForExtension(QFileInfo(o.file).suffix()));
     c->setDelimiters(d, d);
     c->setParsingStandard(o.standard);
     c->setLineEnding(UnixLineEnding);
@@ -206,9 +206,12 @@ int commandGenerate(const QStringList& args) {
     qint64 bytes = 0;
     quint64 seed = 1;
     for (int i = 0; i < args.size(); ++i) {
-        if (args[i] == "--bytes" && i + 1 < args.size()) bytes = args[++i].toLongLong();
-        else if (args[i] == "--seed" && i + 1 < args.size()) seed = args[++i].toULongLong();
-        else out = args[i];
+        if (args[i] == "--bytes" && i + 1 < args.size())
+            bytes = args[++i].toLongLong();
+        else if (args[i] == "--seed" && i + 1 < args.size())
+            seed = args[++i].toULongLong();
+        else
+            out = args[i];
     }
     if (out.isEmpty() || bytes <= 0) return usage();
     std::FILE* f = std::fopen(QFile::encodeName(out).constData(), "wb");

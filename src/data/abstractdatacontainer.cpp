@@ -9,10 +9,10 @@
 
 #include <cerrno>
 #include <condition_variable>
-#include <mutex>
-#include <thread>
 #include <cstdio>
 #include <fcntl.h>
+#include <mutex>
+#include <thread>
 #include <unistd.h>
 
 IndexList AbstractDataContainer::emptyRows(int, SelectionMode, const IndexList&) const {
@@ -21,9 +21,15 @@ IndexList AbstractDataContainer::emptyRows(int, SelectionMode, const IndexList&)
 IndexList AbstractDataContainer::emptyColumns(int, SelectionMode, const IndexList&) const {
     return {};
 }
-bool AbstractDataContainer::setCell(int, int, QByteArrayView) { return false; }
-bool AbstractDataContainer::setRowCount(int) { return false; }
-bool AbstractDataContainer::setColumnCount(int) { return false; }
+bool AbstractDataContainer::setCell(int, int, QByteArrayView) {
+    return false;
+}
+bool AbstractDataContainer::setRowCount(int) {
+    return false;
+}
+bool AbstractDataContainer::setColumnCount(int) {
+    return false;
+}
 void AbstractDataContainer::getRow(CellList& out, int, SelectionMode, const IndexList&) const {
     out.clear();
 }
@@ -36,10 +42,18 @@ void AbstractDataContainer::insertRow(int, CellList&&) {}
 void AbstractDataContainer::insertColumn(int, CellList&&) {}
 void AbstractDataContainer::insertRowList(int, std::vector<CellList>&&) {}
 void AbstractDataContainer::insertColumnList(int, std::vector<CellList>&&) {}
-bool AbstractDataContainer::insertRows(int, int) { return false; }
-bool AbstractDataContainer::insertColumns(int, int) { return false; }
-bool AbstractDataContainer::removeRows(int, int) { return false; }
-bool AbstractDataContainer::removeColumns(int, int) { return false; }
+bool AbstractDataContainer::insertRows(int, int) {
+    return false;
+}
+bool AbstractDataContainer::insertColumns(int, int) {
+    return false;
+}
+bool AbstractDataContainer::removeRows(int, int) {
+    return false;
+}
+bool AbstractDataContainer::removeColumns(int, int) {
+    return false;
+}
 void AbstractDataContainer::copyRow(int, int) {}
 void AbstractDataContainer::copyColumn(int, int) {}
 
@@ -76,8 +90,7 @@ void AbstractDataContainer::progressHandshake(int curr, int total, int filesize_
 }
 
 bool AbstractDataContainer::saveAs(const QString& path, bool keep_backup, bool transposed,
-                                   const IndexList& hidden_rows,
-                                   const IndexList& hidden_columns) {
+                                   const IndexList& hidden_rows, const IndexList& hidden_columns) {
     filepath_ = path; // kept even when the save fails; callers rely on it
     return save(keep_backup, transposed, hidden_rows, hidden_columns);
 }
@@ -198,7 +211,8 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
         const int n = storedLineCount();
         size_t h = 0;
         for (int row = 0; row < n && ok; ++row) {
-            while (h < hidden_rows.size() && hidden_rows[h] < row) ++h;
+            while (h < hidden_rows.size() && hidden_rows[h] < row)
+                ++h;
             if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
             appendRowForSave(writer.batch(), row, hidden_columns);
             ok = writer.maybeFlush();
@@ -207,7 +221,8 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
         const int n = columnCount();
         size_t h = 0;
         for (int column = 0; column < n && ok; ++column) {
-            while (h < hidden_columns.size() && hidden_columns[h] < column) ++h;
+            while (h < hidden_columns.size() && hidden_columns[h] < column)
+                ++h;
             if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
             columnToBytes(out, column, All, hidden_columns);
             writer.batch().append(out.constData(), size_t(out.size()));

@@ -19,9 +19,9 @@ using CellList = std::vector<Cell>;
 
 // Limits shared by the readers of both container kinds.
 namespace csv {
-constexpr qint64 kChunkLimit = 268435456;        // largest single read
-constexpr qint64 kProgressStep = 8388608;        // file offset between two reports
-constexpr qint64 kProgressThreshold = 25165824;  // from this size on, progress is reported
+constexpr qint64 kChunkLimit = 268435456;       // largest single read
+constexpr qint64 kProgressStep = 8388608;       // file offset between two reports
+constexpr qint64 kProgressThreshold = 25165824; // from this size on, progress is reported
 constexpr qint64 kDelimiterSample = 10000;
 constexpr qint64 kByteOrderSample = 1000;
 constexpr qint64 kMiB = 1048576;
@@ -41,7 +41,8 @@ public:
     virtual int rowCount() const = 0;
     virtual int columnCount() const = 0;
     virtual int columnCountOfRow(int row) const = 0;
-    virtual IndexList emptyRows(int start_column, SelectionMode mode, const IndexList& columns) const;
+    virtual IndexList emptyRows(int start_column, SelectionMode mode,
+                                const IndexList& columns) const;
     virtual IndexList emptyColumns(int start_row, SelectionMode mode, const IndexList& rows) const;
     virtual int trailingEmptyRows() const { return 0; }
     virtual int trailingEmptyColumns() const { return 0; }

@@ -40,9 +40,12 @@ public:
                 case FieldStart:
                     ++column_;
                     buffer_.resize(0);
-                    if (isDelimiter(cur) || isLineEnd(cur)) state_ = FieldEnd;
-                    else if (quotes_ && cur == '"') state_ = InQuotes;
-                    else state_ = InField;
+                    if (isDelimiter(cur) || isLineEnd(cur))
+                        state_ = FieldEnd;
+                    else if (quotes_ && cur == '"')
+                        state_ = InQuotes;
+                    else
+                        state_ = InField;
                     consumed = true;
                     break;
                 case InField:
@@ -57,9 +60,12 @@ public:
                     break;
                 case AfterQuote:
                     append();
-                    if (isDelimiter(cur) || isLineEnd(cur)) state_ = QuotedFieldEnd;
-                    else if (cur == '"') state_ = InQuotes;
-                    else state_ = InField;
+                    if (isDelimiter(cur) || isLineEnd(cur))
+                        state_ = QuotedFieldEnd;
+                    else if (cur == '"')
+                        state_ = InQuotes;
+                    else
+                        state_ = InField;
                     consumed = true;
                     break;
                 case QuotedFieldEnd:

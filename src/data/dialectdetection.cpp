@@ -16,7 +16,8 @@ QString detectDelimiter(const QString& filepath) {
 
     static constexpr std::array<char, 6> candidates = {',', '\t', '|', ';', '^', '\x1F'};
     std::array<qsizetype, 6> counts{};
-    for (size_t i = 0; i < candidates.size(); ++i) counts[i] = sample.count(candidates[i]);
+    for (size_t i = 0; i < candidates.size(); ++i)
+        counts[i] = sample.count(candidates[i]);
     std::array<int, 6> order = {0, 1, 2, 3, 4, 5};
     std::stable_sort(order.begin(), order.end(),
                      [&](int a, int b) { return counts[size_t(a)] > counts[size_t(b)]; });

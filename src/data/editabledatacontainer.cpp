@@ -27,8 +27,8 @@ class ChunkBuffer {
 public:
     explicit ChunkBuffer(qint64 size) : size_(size) {
 #if defined(__linux__)
-        void* p = ::mmap(nullptr, size_t(size), PROT_READ | PROT_WRITE,
-                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        void* p = ::mmap(nullptr, size_t(size), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
+                         -1, 0);
         data_ = p == MAP_FAILED ? nullptr : static_cast<char*>(p);
 #else
         data_ = static_cast<char*>(std::malloc(size_t(size)));
@@ -44,7 +44,9 @@ public:
     }
     ChunkBuffer(const ChunkBuffer&) = delete;
     ChunkBuffer& operator=(const ChunkBuffer&) = delete;
-    char* data() { return data_; }
+    char* data() {
+        return data_;
+    }
     // Drops the pages wholly inside [from, to); their contents are not needed
     // again before the next read overwrites them.
     void release(const char* from, const char* to) {
@@ -90,7 +92,8 @@ public:
     CsvRowSink(EditableDataContainer& c, qint64 file_size, ChunkBuffer& buffer)
         : c_(c), buffer_(buffer), rows_(&c.rows), row_count_(&c.row_count),
           column_count_(&c.column_count), file_size_(file_size),
-          report_(file_size >= csv::kProgressThreshold), step_units_(csv::kProgressStep / c.width) {}
+          report_(file_size >= csv::kProgressThreshold), step_units_(csv::kProgressStep / c.width) {
+    }
 
     // A side sink.
     CsvRowSink(EditableDataContainer& c, ChunkBuffer& buffer)
@@ -337,9 +340,9 @@ bool runWide(int width, bool big_endian, char delimiter, bool quotes, Run&& run)
 bool EditableDataContainer::loadCSVWide() {
     if (delimiter_load == 0) return loadCSVWideNoDelimiter();
     if (width == 1) return loadCSV();
-    return runWide<true, EditableDataContainer>(
-        width, encodingIsBigEndian(encoding), delimiter_load, parsing_standard != DelimiterOnly,
-        [this](auto& make) { return runLoad(make); });
+    return runWide<true, EditableDataContainer>(width, encodingIsBigEndian(encoding),
+                                                delimiter_load, parsing_standard != DelimiterOnly,
+                                                [this](auto& make) { return runLoad(make); });
 }
 
 bool EditableDataContainer::loadCSVWideNoDelimiter() {
@@ -375,7 +378,8 @@ bool anyChosen(int start, int end, SelectionMode mode, const IndexList& list, F&
     } else if (mode == Except) {
         size_t k = 0;
         for (int i = std::max(start, 0); i < end; ++i) {
-            while (k < list.size() && list[k] < i) ++k;
+            while (k < list.size() && list[k] < i)
+                ++k;
             if (k < list.size() && list[k] == i) continue;
             if (f(i)) return true;
         }
@@ -408,9 +412,8 @@ IndexList EditableDataContainer::emptyColumns(int start_row, SelectionMode mode,
     IndexList result;
     const int stored = rows.size();
     for (int c = 0; c < column_count; ++c) {
-        if (!anyChosen(start_row, stored, mode, chosen_rows, [&](int r) {
-                return c < rows[r].size() && !rows[r][c].isEmpty();
-            }))
+        if (!anyChosen(start_row, stored, mode, chosen_rows,
+                       [&](int r) { return c < rows[r].size() && !rows[r][c].isEmpty(); }))
             result.push_back(c);
     }
     return result;
@@ -477,13 +480,15 @@ void EditableDataContainer::getRow(CellList& out, int row, SelectionMode mode,
     const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     auto cell = [&](int c) { return r && c >= 0 && c < r->size() ? (*r)[c] : Cell(); };
     if (mode == Only) {
-        for (int c : columns) out.push_back(cell(c));
+        for (int c : columns)
+            out.push_back(cell(c));
         return;
     }
     size_t k = 0;
     for (int c = 0; c < column_count; ++c) {
         if (mode == Except) {
-            while (k < columns.size() && columns[k] < c) ++k;
+            while (k < columns.size() && columns[k] < c)
+                ++k;
             if (k < columns.size() && columns[k] == c) continue;
         }
         out.push_back(cell(c));
@@ -499,13 +504,15 @@ void EditableDataContainer::getColumn(CellList& out, int column, SelectionMode m
                                                                                    : Cell();
     };
     if (mode == Only) {
-        for (int r : chosen_rows) out.push_back(cell(r));
+        for (int r : chosen_rows)
+            out.push_back(cell(r));
         return;
     }
     size_t k = 0;
     for (int r = 0; r < row_count; ++r) {
         if (mode == Except) {
-            while (k < chosen_rows.size() && chosen_rows[k] < r) ++k;
+            while (k < chosen_rows.size() && chosen_rows[k] < r)
+                ++k;
             if (k < chosen_rows.size() && chosen_rows[k] == r) continue;
         }
         out.push_back(cell(r));
@@ -517,7 +524,8 @@ Row rowFromCells(CellList&& cells) {
     const int n = int(cells.size());
     Row row;
     row.reserveExact(n);
-    for (int i = 0; i < n; ++i) row.push_back(std::move(cells[size_t(i)]));
+    for (int i = 0; i < n; ++i)
+        row.push_back(std::move(cells[size_t(i)]));
     return row;
 }
 } // namespace
@@ -576,7 +584,8 @@ void EditableDataContainer::insertColumnList(int column, std::vector<CellList>&&
         return;
     }
     insertColumns(column, count);
-    for (int j = 0; j < count; ++j) setColumn(column + j, std::move(columns[size_t(j)]));
+    for (int j = 0; j < count; ++j)
+        setColumn(column + j, std::move(columns[size_t(j)]));
 }
 
 bool EditableDataContainer::insertRows(int row, int count) {
@@ -625,8 +634,10 @@ void EditableDataContainer::copyRow(int from, int to) {
     if (to < 0 || from == to) return;
     if (to >= rows.size()) rows.resize(to + 1);
     row_count = std::max(row_count, to + 1);
-    if (from >= 0 && from < rows.size()) rows[to] = rows[from];
-    else rows[to] = Row();
+    if (from >= 0 && from < rows.size())
+        rows[to] = rows[from];
+    else
+        rows[to] = Row();
 }
 
 void EditableDataContainer::copyColumn(int from, int to) {
@@ -697,7 +708,8 @@ void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
             scratch[dest] = std::move(r[c]);
         }
         int size = scratch.size();
-        while (size > 0 && scratch[size - 1].isEmpty()) --size;
+        while (size > 0 && scratch[size - 1].isEmpty())
+            --size;
         scratch.resize(size);
         r.clear();
         scratch.relocateInto(r);
@@ -747,7 +759,8 @@ void EditableDataContainer::rowToBytesWide(QByteArray& out, int row, SelectionMo
 namespace {
 int lastNonEmpty(const CellList& cells) {
     int n = int(cells.size());
-    while (n > 0 && cells[size_t(n - 1)].isEmpty()) --n;
+    while (n > 0 && cells[size_t(n - 1)].isEmpty())
+        --n;
     return n;
 }
 } // namespace

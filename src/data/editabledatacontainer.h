@@ -32,7 +32,8 @@ public:
     bool setRowCount(int n) override;
     bool setColumnCount(int n) override;
     bool clear() override;
-    void getRow(CellList& out, int row, SelectionMode mode, const IndexList& columns) const override;
+    void getRow(CellList& out, int row, SelectionMode mode,
+                const IndexList& columns) const override;
     void getColumn(CellList& out, int column, SelectionMode mode,
                    const IndexList& rows) const override;
     void setRow(int row, CellList&& cells) override;
@@ -63,7 +64,9 @@ public:
         return rows[row][column].view();
     }
     int storedRowCount() const { return rows.size(); }
-    int storedCellCount(int row) const { return row >= 0 && row < rows.size() ? rows[row].size() : 0; }
+    int storedCellCount(int row) const {
+        return row >= 0 && row < rows.size() ? rows[row].size() : 0;
+    }
     qint64 fileSize() const { return file_size; }
     // Chunks of at least twice this many bytes are read on two threads.
     // Tests lower it to put the split into small files.
@@ -85,7 +88,8 @@ public slots:
 
 protected:
     int storedLineCount() const override { return rows.size(); }
-    void appendRowForSave(std::string& out, int row, const IndexList& hidden_columns) const override;
+    void appendRowForSave(std::string& out, int row,
+                          const IndexList& hidden_columns) const override;
 
 private:
     friend class CsvRowSink;
@@ -103,4 +107,3 @@ private:
     int column_count = 0;
     qint64 parallel_threshold = 16 * 1024 * 1024;
 };
-

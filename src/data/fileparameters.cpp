@@ -431,14 +431,22 @@ QString delimiterLongName(const QString& delimiter) {
     // named as in the short form.
     if (delimiter.size() == 1) {
         switch (delimiter.front().unicode()) {
-        case ',': return QStringLiteral("comma (,)");
-        case ';': return QStringLiteral("semi-colon (;)");
-        case ':': return QStringLiteral("colon (:)");
-        case '|': return QStringLiteral("pipe (|)");
-        case '.': return QStringLiteral("period (.)");
-        case '-': return QStringLiteral("dash (-)");
-        case '/': return QStringLiteral("forward slash (/)");
-        case '\\': return QStringLiteral("back slash (\\)");
+        case ',':
+            return QStringLiteral("comma (,)");
+        case ';':
+            return QStringLiteral("semi-colon (;)");
+        case ':':
+            return QStringLiteral("colon (:)");
+        case '|':
+            return QStringLiteral("pipe (|)");
+        case '.':
+            return QStringLiteral("period (.)");
+        case '-':
+            return QStringLiteral("dash (-)");
+        case '/':
+            return QStringLiteral("forward slash (/)");
+        case '\\':
+            return QStringLiteral("back slash (\\)");
         }
     }
     return delimiterShortName(delimiter);

@@ -15,8 +15,10 @@ inline int rawFromModel(const std::vector<int>& hidden, int model) {
     int low = 0, high = int(hidden.size());
     while (low < high) {
         const int mid = (low + high) / 2;
-        if (model < hidden[size_t(mid)] - mid) high = mid;
-        else low = mid + 1;
+        if (model < hidden[size_t(mid)] - mid)
+            high = mid;
+        else
+            low = mid + 1;
     }
     return model + low;
 }
@@ -32,14 +34,17 @@ inline int modelFromRaw(const std::vector<int>& hidden, int raw, bool nearest, i
     int low = 0, high = size;
     while (low < high) {
         const int mid = (low + high) / 2;
-        if (hidden[size_t(mid)] < raw) low = mid + 1;
-        else high = mid;
+        if (hidden[size_t(mid)] < raw)
+            low = mid + 1;
+        else
+            high = mid;
     }
     const int i = low;
     if (i == size || hidden[size_t(i)] != raw) return raw - i;
     if (!nearest) return -1;
     int k = i;
-    while (k > 0 && hidden[size_t(k - 1)] == hidden[size_t(k)] - 1) --k;
+    while (k > 0 && hidden[size_t(k - 1)] == hidden[size_t(k)] - 1)
+        --k;
     if (k == 0) return hidden[0] - 1 < 0 ? 0 : hidden[0] - 1;
     return hidden[size_t(k)] - k - 1;
 }

@@ -81,8 +81,10 @@ public:
                 emitField(p + begin, j - begin);
                 const char c = p[j];
                 i = j + 1;
-                if (isDelimiter(c)) state_ = FieldStart;
-                else lineEnd(c, p, i, n);
+                if (isDelimiter(c))
+                    state_ = FieldStart;
+                else
+                    lineEnd(c, p, i, n);
                 break;
             }
             case InQuotes: {
@@ -100,8 +102,10 @@ public:
                 if (isDelimiter(c) || isLineEnd(c)) {
                     emitQuoted(p + begin, i - begin);
                     ++i;
-                    if (isDelimiter(c)) state_ = FieldStart;
-                    else lineEnd(c, p, i, n);
+                    if (isDelimiter(c))
+                        state_ = FieldStart;
+                    else
+                        lineEnd(c, p, i, n);
                 } else if (c == '"') {
                     doubled_ = true;
                     ++i;
@@ -172,8 +176,9 @@ private:
         const __m128i vrs = _mm_set1_epi8(0x1E);
         while (i + 16 <= n) {
             const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-            const __m128i m = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, vd), _mm_cmpeq_epi8(x, vcr)),
-                                           _mm_or_si128(_mm_cmpeq_epi8(x, vlf), _mm_cmpeq_epi8(x, vrs)));
+            const __m128i m =
+                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, vd), _mm_cmpeq_epi8(x, vcr)),
+                             _mm_or_si128(_mm_cmpeq_epi8(x, vlf), _mm_cmpeq_epi8(x, vrs)));
             const int mask = _mm_movemask_epi8(m);
             if (mask) return i + __builtin_ctz(unsigned(mask));
             i += 16;

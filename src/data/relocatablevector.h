@@ -29,7 +29,8 @@ public:
         if (this == &other) return *this;
         clear();
         reserveExact(other.size_);
-        for (uint32_t i = 0; i < other.size_; ++i) new (data_ + i) T(other.data_[i]);
+        for (uint32_t i = 0; i < other.size_; ++i)
+            new (data_ + i) T(other.data_[i]);
         size_ = other.size_;
         return *this;
     }
@@ -130,7 +131,8 @@ public:
 
 private:
     void destroy(uint32_t from, uint32_t to) noexcept {
-        for (uint32_t i = from; i < to; ++i) data_[i].~T();
+        for (uint32_t i = from; i < to; ++i)
+            data_[i].~T();
     }
     void grow(uint32_t needed) {
         if (needed <= capacity_) return;

@@ -3,8 +3,8 @@
 #include "editabledatacontainer.h"
 #include "fileparameters.h"
 #include "indexmapping.h"
-#include "tabledataworker.h"
 #include "readonlydatacontainer.h"
+#include "tabledataworker.h"
 
 #include <QEventLoop>
 #include <QTextCodec>
@@ -68,8 +68,10 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
     num_raw_rows = num_raw_cols = 0;
     container_kind = read_only ? ReadOnlyKind : EditableKind;
 
-    if (read_only) container = std::make_unique<ReadOnlyDataContainer>();
-    else container = std::make_unique<EditableDataContainer>();
+    if (read_only)
+        container = std::make_unique<ReadOnlyDataContainer>();
+    else
+        container = std::make_unique<EditableDataContainer>();
     container->setMutexAndCondition(mutex, wait_condition);
     container->setFilepath(filepath);
     delimiter_load = delimiterByte(delimiter_open);
@@ -163,7 +165,9 @@ void TableData::setSaveTrailingDelimiters(bool on) {
     container->setSaveTrailingDelimiters(on);
 }
 
-void TableData::setExtension(const QString& value) { extension = value; }
+void TableData::setExtension(const QString& value) {
+    extension = value;
+}
 
 void TableData::setEncoding(EncodingType value, bool convert_cells) {
     // A file on disk cannot be re-encoded cell by cell; its dialect stays.

@@ -71,7 +71,8 @@ bool appendSpan(QList<int>& out, int first, int last) {
     out.resize(old_size + count);
     int* p = out.data() + old_size;
     const int step = first <= last ? 1 : -1;
-    for (qint64 k = 0; k < count; ++k) p[k] = int(first + k * step);
+    for (qint64 k = 0; k < count; ++k)
+        p[k] = int(first + k * step);
     return true;
 }
 

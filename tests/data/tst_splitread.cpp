@@ -14,16 +14,18 @@ class TestSplitRead : public QObject {
     QTemporaryDir dir;
 
     static QByteArray randomCsv(std::mt19937& rng, bool crlf) {
-        static const char* const pieces[] = {"a", "b,c", "\"q\"", "\n", "\r\n", "x y", "", "\xc3\xa9"};
+        static const char* const pieces[] = {"a",    "b,c", "\"q\"", "\n",
+                                             "\r\n", "x y", "",      "\xc3\xa9"};
         QByteArray out;
         const int rows = 1 + int(rng() % 300);
         for (int r = 0; r < rows; ++r) {
             const int cols = 1 + int(rng() % 6);
             for (int c = 0; c < cols; ++c) {
                 QByteArray cell;
-                for (int k = int(rng() % 4); k > 0; --k) cell += pieces[rng() % 8];
-                const bool quote = cell.contains(',') || cell.contains('"') || cell.contains('\n') ||
-                                   cell.contains('\r') || rng() % 5 == 0;
+                for (int k = int(rng() % 4); k > 0; --k)
+                    cell += pieces[rng() % 8];
+                const bool quote = cell.contains(',') || cell.contains('"') ||
+                                   cell.contains('\n') || cell.contains('\r') || rng() % 5 == 0;
                 if (quote) cell = '"' + cell.replace("\"", "\"\"") + '"';
                 out += cell;
                 if (c + 1 < cols) out += ',';
@@ -51,7 +53,8 @@ class TestSplitRead : public QObject {
         s.cols = c.columnCount();
         for (int r = 0; r < s.rows; ++r) {
             s.cells << QByteArray::number(c.storedCellCount(r));
-            for (int col = 0; col < c.storedCellCount(r); ++col) s.cells << c.data(r, col);
+            for (int col = 0; col < c.storedCellCount(r); ++col)
+                s.cells << c.data(r, col);
         }
         return s;
     }
@@ -72,7 +75,10 @@ private slots:
             const qint64 chunk = round % 3 == 0 ? 64 + qint64(rng() % 512) : qint64(1) << 30;
             const Snapshot split = load(path, threshold, chunk);
             if (!(split == single))
-                QFAIL(qPrintable(QString("round %1, threshold %2, chunk %3").arg(round).arg(threshold).arg(chunk)));
+                QFAIL(qPrintable(QString("round %1, threshold %2, chunk %3")
+                                     .arg(round)
+                                     .arg(threshold)
+                                     .arg(chunk)));
         }
     }
 };

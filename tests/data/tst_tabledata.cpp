@@ -1,6 +1,6 @@
 #include "data/editabledatacontainer.h"
-#include "data/tabledata.h"
 #include "data/indexmapping.h"
+#include "data/tabledata.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -158,7 +158,8 @@ private slots:
         std::vector<int> order = {3, 0, 1, 2}; // row i goes to order[i]
         QVERIFY(t.applyRowOrder(order, asynchronous));
         QStringList got;
-        for (int r = 0; r < 4; ++r) got << t.data(r, 0).toString();
+        for (int r = 0; r < 4; ++r)
+            got << t.data(r, 0).toString();
         QCOMPARE(got, QStringList({"r1", "r2", "r3", "r0"}));
     }
 
@@ -167,7 +168,8 @@ private slots:
     void asynchronousLoadReportsAndCancels() {
         QByteArray line = "12345,some words here,\"quoted, text\",2024-01-01\n";
         QByteArray big;
-        while (big.size() < 40 * 1024 * 1024) big += line;
+        while (big.size() < 40 * 1024 * 1024)
+            big += line;
         const QString path = writeFile("big.csv", big);
         {
             TableData t;
