@@ -1,7 +1,7 @@
 #pragma once
 
 // Helpers shared by the store, reader and writer tests: tables as lists of
-// byte rows, file access, and a plain host for the reference state machine.
+// byte rows, file access, and ASCII text widened to UTF-16 or UTF-32.
 
 #include "data/editabledatacontainer.h"
 
@@ -84,62 +84,32 @@ inline QString show(const Table& t) {
 
 inline bool writeFile(const QString& path, QByteArrayView bytes) {
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
-    return f.write(bytes.data(), bytes.size()) == bytes.size();
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           f.write(bytes.data(), bytes.size()) == bytes.size();
 }
 
 inline QByteArray readFile(const QString& path) {
     QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return {};
-    return f.readAll();
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 // Each byte becomes one code unit of `width` bytes, the byte in its low
 // position: ASCII (and Latin-1) text in UTF-16 or UTF-32.
 inline QByteArray widen(QByteArrayView narrow, int width, bool big_endian) {
-    QByteArray out;
-    out.reserve(narrow.size() * width);
-    for (char ch : narrow) {
-        QByteArray unit(width, '\0');
-        unit[big_endian ? width - 1 : 0] = ch;
-        out.append(unit);
-    }
+    QByteArray out(narrow.size() * width, '\0');
+    for (qsizetype i = 0; i < narrow.size(); ++i)
+        out[i * width + (big_endian ? width - 1 : 0)] = narrow[i];
     return out;
 }
 
 inline Table widen(const Table& t, int width, bool big_endian) {
     Table out;
     for (const QByteArrayList& row : t) {
-        QByteArrayList r;
+        out.append(QByteArrayList());
         for (const QByteArray& cell : row)
-            r.append(widen(cell, width, big_endian));
-        out.append(r);
+            out.last().append(widen(cell, width, big_endian));
     }
     return out;
-}
-
-// Host for driving the reference state machine over a buffer in memory. Each
-// field goes through setCell, which is what the loader's sink stands for.
-class StoreHost {
-public:
-    explicit StoreHost(EditableDataContainer& c) : c_(c) {}
-    bool lineStart(qint64, qint64) { return true; }
-    void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
-        c_.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)));
-    }
-
-private:
-    EditableDataContainer& c_;
-};
-
-// Same logical sizes, same cells, same stored layout.
-inline bool sameStore(const EditableDataContainer& a, const EditableDataContainer& b) {
-    if (a.rowCount() != b.rowCount() || a.columnCount() != b.columnCount()) return false;
-    if (storedCounts(a) != storedCounts(b)) return false;
-    for (int r = 0; r < a.storedRowCount(); ++r)
-        for (int col = 0; col < a.storedCellCount(r); ++col)
-            if (a.cellView(r, col) != b.cellView(r, col)) return false;
-    return true;
 }
 
 } // namespace testutil
