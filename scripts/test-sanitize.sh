@@ -16,7 +16,7 @@ QT_QPA_PLATFORM=offscreen ctest --output-on-failure --parallel "$(nproc)" -L nog
 
 shopt -s nullglob
 for f in fuzz/fuzz_*; do
-  [ -x "$f" ] || continue
+  [ -f "$f" ] && [ -x "$f" ] || continue
   name=$(basename "$f")
   corpus="$build/fuzz-corpus/$name"
   mkdir -p "$corpus"
