@@ -125,6 +125,28 @@ public slots:
     virtual bool loadCSV() = 0;
 
 protected:
+    // Calls f(i) for each position of 0..count-1 that a selection mode
+    // chooses: all, all but the ascending list, or only the listed ones in
+    // list order. An empty list chooses all.
+    template <class F>
+    static void forEachChosen(int count, SelectionMode mode, const IndexList& list, F&& f) {
+        if (list.empty()) mode = All;
+        if (mode == Only) {
+            for (int i : list)
+                f(i);
+            return;
+        }
+        size_t k = 0;
+        for (int i = 0; i < count; ++i) {
+            if (mode == Except) {
+                while (k < list.size() && list[k] < i)
+                    ++k;
+                if (k < list.size() && list[k] == i) continue;
+            }
+            f(i);
+        }
+    }
+
     // Rows that exist in the store (not the logical count): what a save writes.
     virtual int storedLineCount() const { return rowCount(); }
     // One row of a non-transposed save appended to the output; a store may

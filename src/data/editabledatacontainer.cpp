@@ -476,47 +476,19 @@ bool EditableDataContainer::clear() {
 void EditableDataContainer::getRow(CellList& out, int row, SelectionMode mode,
                                    const IndexList& columns) const {
     out.clear();
-    if (columns.empty()) mode = All;
     const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     auto cell = [&](int c) { return r && c >= 0 && c < r->size() ? (*r)[c] : Cell(); };
-    if (mode == Only) {
-        for (int c : columns)
-            out.push_back(cell(c));
-        return;
-    }
-    size_t k = 0;
-    for (int c = 0; c < column_count; ++c) {
-        if (mode == Except) {
-            while (k < columns.size() && columns[k] < c)
-                ++k;
-            if (k < columns.size() && columns[k] == c) continue;
-        }
-        out.push_back(cell(c));
-    }
+    forEachChosen(column_count, mode, columns, [&](int i) { out.push_back(cell(i)); });
 }
 
 void EditableDataContainer::getColumn(CellList& out, int column, SelectionMode mode,
                                       const IndexList& chosen_rows) const {
     out.clear();
-    if (chosen_rows.empty()) mode = All;
     auto cell = [&](int r) {
         return r >= 0 && r < rows.size() && column >= 0 && column < rows[r].size() ? rows[r][column]
                                                                                    : Cell();
     };
-    if (mode == Only) {
-        for (int r : chosen_rows)
-            out.push_back(cell(r));
-        return;
-    }
-    size_t k = 0;
-    for (int r = 0; r < row_count; ++r) {
-        if (mode == Except) {
-            while (k < chosen_rows.size() && chosen_rows[k] < r)
-                ++k;
-            if (k < chosen_rows.size() && chosen_rows[k] == r) continue;
-        }
-        out.push_back(cell(r));
-    }
+    forEachChosen(row_count, mode, chosen_rows, [&](int i) { out.push_back(cell(i)); });
 }
 
 namespace {

@@ -455,7 +455,6 @@ int ReadOnlyDataContainer::columnCountOfRow(int row) const {
 void ReadOnlyDataContainer::getRow(CellList& out, int row, SelectionMode mode,
                                    const IndexList& columns) const {
     out.clear();
-    if (columns.empty()) mode = All;
     qint64 base = 0;
     const char* p = rawRow(row, row_spans, base);
     QByteArray shown;
@@ -465,26 +464,12 @@ void ReadOnlyDataContainer::getRow(CellList& out, int row, SelectionMode mode,
         appendShown(shown, spanBytes(p, base, row_spans[size_t(c)]));
         return Cell(shown.constData(), size_t(shown.size()));
     };
-    if (mode == Only) {
-        for (int c : columns)
-            out.push_back(cell(c));
-        return;
-    }
-    size_t k = 0;
-    for (int c = 0; c < column_count; ++c) {
-        if (mode == Except) {
-            while (k < columns.size() && columns[k] < c)
-                ++k;
-            if (k < columns.size() && columns[k] == c) continue;
-        }
-        out.push_back(cell(c));
-    }
+    forEachChosen(column_count, mode, columns, [&](int i) { out.push_back(cell(i)); });
 }
 
 void ReadOnlyDataContainer::getColumn(CellList& out, int column, SelectionMode mode,
                                       const IndexList& rows) const {
     out.clear();
-    if (rows.empty()) mode = All;
     QByteArray shown;
     auto cell = [&](int r) {
         if (r < 0 || r >= row_count || column < 0 || column >= column_count) return Cell();
@@ -493,20 +478,7 @@ void ReadOnlyDataContainer::getColumn(CellList& out, int column, SelectionMode m
         appendShown(shown, raw);
         return Cell(shown.constData(), size_t(shown.size()));
     };
-    if (mode == Only) {
-        for (int r : rows)
-            out.push_back(cell(r));
-        return;
-    }
-    size_t k = 0;
-    for (int r = 0; r < row_count; ++r) {
-        if (mode == Except) {
-            while (k < rows.size() && rows[k] < r)
-                ++k;
-            if (k < rows.size() && rows[k] == r) continue;
-        }
-        out.push_back(cell(r));
-    }
+    forEachChosen(row_count, mode, rows, [&](int i) { out.push_back(cell(i)); });
 }
 
 // ---------------------------------------------------------------------------
