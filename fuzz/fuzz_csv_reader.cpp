@@ -8,6 +8,7 @@
 #include "data/csvstatemachine.h"
 #include "data/editabledatacontainer.h"
 #include "data/fileparameters.h"
+#include "fuzzinput.h"
 
 #include <QByteArrayView>
 #include <QString>
@@ -95,24 +96,6 @@ const char* filePath() {
     return g_path;
 }
 
-bool writeInput(const uint8_t* data, size_t size) {
-    const char* path = filePath();
-    ::unlink(path);
-    const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (fd < 0) return false;
-    size_t done = 0;
-    while (done < size) {
-        const ssize_t n = ::write(fd, data + done, size - done);
-        if (n <= 0) break;
-        done += size_t(n);
-    }
-    return ::close(fd) == 0 && done == size;
-}
-
-constexpr char kDelimiters[] = {',', ';', '\t', '|', 0, '"', '\r', '\n', 0x1E, 0x1F, ' ', '\xA7'};
-constexpr EncodingType kEncodings[] = {Utf8,  Utf16LE, Utf16BE,   Utf32LE,         Utf32BE,
-                                       Utf16, Utf32,   Iso8859_1, Utf16BEDetected, Utf32LEDetected};
-
 void loadAndCompare(QByteArrayView file, char delimiter, ParsingStandard standard,
                     EncodingType encoding, qint64 chunk) {
     EditableDataContainer c;
@@ -134,14 +117,11 @@ void loadAndCompare(QByteArrayView file, char delimiter, ParsingStandard standar
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 3) return 0;
-    const char delimiter = kDelimiters[data[0] % sizeof kDelimiters];
-    const ParsingStandard standard = ParsingStandard(data[1] % 5);
-    const EncodingType encoding =
-        kEncodings[(data[1] / 5) % (sizeof kEncodings / sizeof *kEncodings)];
-    const qint64 chunk = data[2]; // 0: the reader's own limit
+    FuzzDialect d;
+    if (!readFuzzDialect(data, size, d)) return 0;
+    const auto [delimiter, standard, encoding, chunk] = d;
     const QByteArrayView file(reinterpret_cast<const char*>(data + 3), qsizetype(size - 3));
-    if (!writeInput(data + 3, size - 3)) return 0;
+    if (!replaceFile(filePath(), data + 3, size - 3)) return 0;
 
     // loadCSV dispatches on width and delimiter: this covers the fast narrow
     // scanner (or the state machine for odd delimiters), the narrow reader
