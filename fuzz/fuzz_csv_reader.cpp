@@ -32,7 +32,7 @@ void check(bool condition, const char* what) {
 class StoreHost {
 public:
     explicit StoreHost(EditableDataContainer& c) : c_(c) {}
-    bool lineStart(qint64, qint64) { return true; }
+    bool lineStart(qint64) { return true; }
     void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         c_.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)));
     }

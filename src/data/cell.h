@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QtGlobal>
 
 #include <cstdint>
 #include <cstdlib>
@@ -95,13 +96,37 @@ private:
         uint64_t word = uint64_t(size) | (uint64_t(kHeapTag) << 56);
         std::memcpy(raw_ + 8, &word, 8);
     }
-    void initFrom(const char* bytes, size_t size) {
+    // Fixed-size moves that overlap instead of a library call per cell: most
+    // cells are a few bytes, and the call dominated their construction.
+    static void copySmall(char* dst, const char* src, size_t size) noexcept {
+        if (size >= 8) {
+            uint64_t a, b;
+            std::memcpy(&a, src, 8);
+            std::memcpy(&b, src + size - 8, 8);
+            std::memcpy(dst, &a, 8);
+            std::memcpy(dst + size - 8, &b, 8);
+        } else if (size >= 4) {
+            uint32_t a, b;
+            std::memcpy(&a, src, 4);
+            std::memcpy(&b, src + size - 4, 4);
+            std::memcpy(dst, &a, 4);
+            std::memcpy(dst + size - 4, &b, 4);
+        } else if (size) {
+            dst[0] = src[0];
+            dst[size / 2] = src[size / 2];
+            dst[size - 1] = src[size - 1];
+        }
+    }
+    Q_ALWAYS_INLINE void initFrom(const char* bytes, size_t size) {
         if (size <= size_t(kInlineCapacity)) {
             clearRaw();
-            if (size) std::memcpy(raw_, bytes, size);
+            copySmall(raw_, bytes, size);
             raw_[15] = char(size);
             return;
         }
+        initHeap(bytes, size);
+    }
+    Q_NEVER_INLINE void initHeap(const char* bytes, size_t size) {
         char* block = static_cast<char*>(std::malloc(size));
         if (!block) throw std::bad_alloc();
         std::memcpy(block, bytes, size);

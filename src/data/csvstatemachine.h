@@ -12,7 +12,7 @@
 // reference that the fast single-byte scanner is checked against.
 //
 // Host provides:
-//   bool lineStart(qint64 unit_offset, qint64 chunk_position) -- false cancels
+//   bool lineStart(qint64 unit_offset) -- false cancels
 //   void setCell(qint64 row, qint64 column, const char* bytes, size_t size)
 template <int W, bool BigEndian, bool Delimited, class Host> class CsvStateMachine {
 public:
@@ -34,7 +34,7 @@ public:
                 case LineStart:
                     ++row_;
                     column_ = -1;
-                    if (!host_.lineStart(base + i, i * W)) return false;
+                    if (!host_.lineStart(base + i)) return false;
                     state_ = FieldStart;
                     break;
                 case FieldStart:

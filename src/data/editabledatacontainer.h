@@ -4,9 +4,10 @@
 #include "relocatablevector.h"
 
 #include <functional>
+#include <memory>
 
 using Row = RelocatableVector<Cell>;
-class ChunkBuffer;
+class ReadWindow;
 class CsvRowSink;
 
 // The in-memory store. Sparse at its right and bottom edges: `row_count` and
@@ -93,11 +94,12 @@ protected:
 
 private:
     friend class CsvRowSink;
-    friend class ChunkBuffer;
+    friend class ReadWindow;
     template <class Impl> bool runLoad(Impl& impl);
     template <class Engine, class MakeEngine>
-    bool feedSplit(Engine& engine, MakeEngine& make_engine, CsvRowSink& sink, ChunkBuffer& buffer,
-                   const char* p, qint64 n, qint64 base);
+    bool feedChunk(Engine& engine, MakeEngine& make_engine, CsvRowSink& sink, ReadWindow& window,
+                   std::unique_ptr<ReadWindow>& side_window, int fd, qint64 from, qint64 to,
+                   bool& ok);
     template <class Out>
     void appendRowBytes(Out& out, int row, SelectionMode mode, const IndexList& columns) const;
 

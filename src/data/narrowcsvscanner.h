@@ -40,6 +40,7 @@ public:
     }
 
     bool feed(const char* p, qint64 n, qint64 base) {
+        block_ = -64; // the block cache holds positions of the previous chunk
         qint64 i = 0;
         qint64 begin = 0; // start of the current field in this chunk
         while (i < n) {
@@ -51,24 +52,39 @@ public:
             case LineStart:
                 ++row_;
                 column_ = -1;
-                if (!host_->lineStart(base + i, i)) return false;
+                if (!host_->lineStart(base + i)) return false;
                 [[fallthrough]];
             case FieldStart: {
                 ++column_;
                 spill_.clear();
-                begin = i;
-                const char c = p[i++];
-                if (isDelimiter(c)) {
-                    host_->setCell(row_, column_, nullptr, 0);
-                    state_ = FieldStart;
-                } else if (isLineEnd(c)) {
-                    host_->setCell(row_, column_, nullptr, 0);
-                    lineEnd(c, p, i, n);
-                } else if (c == '"' && quotes_) {
-                    doubled_ = false;
-                    state_ = InQuotes;
-                } else {
-                    state_ = InField;
+                // The unquoted fields of a line in one tight loop: the field
+                // runs to the next special byte, which may be its first.
+                for (;;) {
+                    begin = i;
+                    if (p[i] == '"' && quotes_) {
+                        ++i;
+                        doubled_ = false;
+                        state_ = InQuotes;
+                        break;
+                    }
+                    const qint64 j = findSpecial(p, i, n);
+                    if (j == n) {
+                        i = n;
+                        state_ = InField;
+                        break;
+                    }
+                    host_->setCell(row_, column_, p + begin, size_t(j - begin));
+                    const char c = p[j];
+                    i = j + 1;
+                    if (!isDelimiter(c)) {
+                        lineEnd(c, p, i, n);
+                        break;
+                    }
+                    if (i == n) {
+                        state_ = FieldStart;
+                        break;
+                    }
+                    ++column_;
                 }
                 break;
             }
@@ -166,22 +182,22 @@ private:
             state_ = AfterCR;
         }
     }
-    qint64 findSpecial(const char* p, qint64 i, qint64 n) const {
+    // The next delimiter or line end at or after i. Each 64-byte block is
+    // classified once into a bit mask and the fields inside it are found by
+    // bit scans, so short fields don't pay for a vector search each.
+    qint64 findSpecial(const char* p, qint64 i, qint64 n) {
 #if defined(__SSE2__)
-        // Four byte compares per 16 bytes; fields are short, so the first
-        // block usually answers.
-        const __m128i vd = _mm_set1_epi8(Delimited ? delimiter_ : '\n');
-        const __m128i vcr = _mm_set1_epi8('\r');
-        const __m128i vlf = _mm_set1_epi8('\n');
-        const __m128i vrs = _mm_set1_epi8(0x1E);
-        while (i + 16 <= n) {
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-            const __m128i m =
-                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, vd), _mm_cmpeq_epi8(x, vcr)),
-                             _mm_or_si128(_mm_cmpeq_epi8(x, vlf), _mm_cmpeq_epi8(x, vrs)));
-            const int mask = _mm_movemask_epi8(m);
-            if (mask) return i + __builtin_ctz(unsigned(mask));
-            i += 16;
+        for (;;) {
+            qint64 off = i - block_;
+            if (off >= 64) {
+                if (i + 64 > n) break;
+                block_ = i;
+                block_mask_ = specialMask(p + i);
+                off = 0;
+            }
+            const uint64_t m = block_mask_ >> off;
+            if (m) return i + __builtin_ctzll(m);
+            i = block_ + 64;
         }
 #endif
         for (; i < n; ++i) {
@@ -190,6 +206,23 @@ private:
         }
         return n;
     }
+#if defined(__SSE2__)
+    uint64_t specialMask(const char* q) const {
+        const __m128i vd = _mm_set1_epi8(Delimited ? delimiter_ : '\n');
+        const __m128i vcr = _mm_set1_epi8('\r');
+        const __m128i vlf = _mm_set1_epi8('\n');
+        const __m128i vrs = _mm_set1_epi8(0x1E);
+        uint64_t mask = 0;
+        for (int k = 0; k < 4; ++k) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q + 16 * k));
+            const __m128i m =
+                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, vd), _mm_cmpeq_epi8(x, vcr)),
+                             _mm_or_si128(_mm_cmpeq_epi8(x, vlf), _mm_cmpeq_epi8(x, vrs)));
+            mask |= uint64_t(unsigned(_mm_movemask_epi8(m))) << (16 * k);
+        }
+        return mask;
+    }
+#endif
     // The field's bytes: the spilled head, if a seam cut it, then [p, p+len).
     void emitField(const char* p, qint64 len) {
         if (spill_.empty()) {
@@ -233,4 +266,6 @@ private:
     bool doubled_ = false;
     std::string spill_;
     std::string collapsed_;
+    qint64 block_ = -64;
+    uint64_t block_mask_ = 0;
 };

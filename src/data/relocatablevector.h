@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -86,12 +88,13 @@ public:
         size_ = m;
     }
     void push_back(T&& value) {
-        grow(size_ + 1);
+        if (size_ == capacity_) grow(size_ + 1);
         new (data_ + size_) T(std::move(value));
         ++size_;
     }
-    template <class... Args> void emplace_back(Args&&... args) {
-        grow(size_ + 1);
+    // Inlined into the readers' per-field paths, with the growth out of line.
+    template <class... Args> Q_ALWAYS_INLINE void emplace_back(Args&&... args) {
+        if (Q_UNLIKELY(size_ == capacity_)) grow(size_ + 1);
         new (data_ + size_) T(std::forward<Args>(args)...);
         ++size_;
     }
@@ -134,7 +137,7 @@ private:
         for (uint32_t i = from; i < to; ++i)
             data_[i].~T();
     }
-    void grow(uint32_t needed) {
+    Q_NEVER_INLINE void grow(uint32_t needed) {
         if (needed <= capacity_) return;
         uint64_t next = uint64_t(capacity_) + capacity_ / 2;
         if (next < needed) next = needed;

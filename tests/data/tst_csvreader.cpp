@@ -42,7 +42,7 @@ std::unique_ptr<EditableDataContainer> load(const QString& path, const Dialect& 
 // Stands for the loader's sink: every field goes through setCell.
 struct StoreHost {
     EditableDataContainer& c;
-    bool lineStart(qint64, qint64) { return true; }
+    bool lineStart(qint64) { return true; }
     void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         c.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)));
     }

@@ -1,3 +1,4 @@
+#include "data/csvstatemachine.h"
 #include "data/editabledatacontainer.h"
 
 #include <QFile>
@@ -80,6 +81,49 @@ private slots:
                                      .arg(threshold)
                                      .arg(chunk)));
         }
+    }
+
+    // A file of several read windows: the halves of a split chunk cross
+    // window seams, and the chunk seams fall inside lines.
+    void windowSeamsInsideSplitChunks() {
+        std::mt19937 rng(5);
+        QByteArray bytes;
+        while (bytes.size() < 3 * 1024 * 1024 + 17)
+            bytes += randomCsv(rng, rng() % 2 == 0).replace("\"unterminated", "\"closed\"");
+        const QString path = dir.filePath("big.csv");
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write(bytes);
+        f.close();
+        // The reference reads the whole file in one piece, without windows.
+        struct Grid {
+            Snapshot s;
+            QList<QList<QByteArray>> lines;
+            bool lineStart(qint64) { return lines.append(QList<QByteArray>()), true; }
+            void setCell(qint64 row, qint64 column, const char* b, size_t n) {
+                s.rows = int(row + 1);
+                s.cols = std::max(s.cols, int(column + 1));
+                auto& line = lines[row];
+                while (line.size() <= column)
+                    line.append(QByteArray());
+                line[column] = QByteArray(b, qsizetype(n));
+            }
+        } grid;
+        CsvStateMachine<1, false, true, Grid> machine(grid, ',', true);
+        QVERIFY(machine.feed(bytes.constData(), bytes.size(), 0));
+        machine.finish();
+        for (const auto& line : grid.lines) {
+            int stored = int(line.size());
+            while (stored > 0 && line[stored - 1].isEmpty())
+                --stored;
+            grid.s.cells << QByteArray::number(stored);
+            grid.s.cells.append(line.mid(0, stored));
+        }
+        const Snapshot& single = grid.s;
+        QVERIFY(single.rows > 1000);
+        QVERIFY(load(path, qint64(1) << 40, qint64(1) << 30) == single);
+        QVERIFY(load(path, 1024, qint64(1) << 30) == single);
+        QVERIFY(load(path, 1024, 1536 * 1024 + 3) == single);
     }
 };
 
