@@ -1,5 +1,6 @@
 #include "abstractdatacontainer.h"
 
+#include "csvlinewriter.h"
 #include "fileparameters.h"
 
 #include <QFile>
@@ -113,7 +114,7 @@ public:
     BatchWriter(const BatchWriter&) = delete;
     BatchWriter& operator=(const BatchWriter&) = delete;
 
-    std::string& batch() { return current_; }
+    SaveBuffer& batch() { return current_; }
     bool maybeFlush() { return current_.size() < kBatch ? !failed_.load() : handOff(); }
     // Writes what is left and waits for the writer; false on any write error.
     bool flush() {
@@ -157,7 +158,7 @@ private:
             changed_.notify_all();
         }
     }
-    bool writeAll(const std::string& bytes) {
+    bool writeAll(const SaveBuffer& bytes) {
         const char* p = bytes.data();
         size_t left = bytes.size();
         while (left > 0) {
@@ -173,8 +174,8 @@ private:
     }
 
     int fd_;
-    std::string current_;
-    std::string pending_;
+    SaveBuffer current_;
+    SaveBuffer pending_;
     std::mutex mutex_;
     std::condition_variable changed_;
     bool pending_ready_ = false;
@@ -185,7 +186,7 @@ private:
 
 } // namespace
 
-void AbstractDataContainer::appendRowForSave(std::string& out, int row,
+void AbstractDataContainer::appendRowForSave(SaveBuffer& out, const CsvLineWriter&, int row,
                                              const IndexList& hidden_columns) const {
     QByteArray line;
     rowToBytes(line, row, Except, hidden_columns);
@@ -206,6 +207,8 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
     if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
         writer.batch().append(bom.constData(), size_t(bom.size()));
 
+    const CsvLineWriter line_writer(delimiter_save, parsing_standard, save_trailing_delimiters,
+                                    width, encodingIsBigEndian(encoding));
     QByteArray out;
     if (!transposed) {
         const int n = storedLineCount();
@@ -214,7 +217,7 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
             while (h < hidden_rows.size() && hidden_rows[h] < row)
                 ++h;
             if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
-            appendRowForSave(writer.batch(), row, hidden_columns);
+            appendRowForSave(writer.batch(), line_writer, row, hidden_columns);
             ok = writer.maybeFlush();
         }
     } else {

@@ -13,6 +13,8 @@
 
 class QMutex;
 class QWaitCondition;
+class CsvLineWriter;
+class SaveBuffer;
 
 using IndexList = std::vector<int>;
 using CellList = std::vector<Cell>;
@@ -151,7 +153,8 @@ protected:
     virtual int storedLineCount() const { return rowCount(); }
     // One row of a non-transposed save appended to the output; a store may
     // write straight into the output instead of through rowToBytes.
-    virtual void appendRowForSave(std::string& out, int row, const IndexList& hidden_columns) const;
+    virtual void appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
+                                  const IndexList& hidden_columns) const;
 
     // The start-of-load pause that lets the GUI thread raise its progress
     // display. Without a handshake partner (tests, benchmarks) it is skipped.

@@ -1,10 +1,15 @@
 #pragma once
 
 #include "abstractdatacontainer.h"
+#include "savebuffer.h"
 
 #include <QByteArrayView>
 
 #include <cstring>
+#include <type_traits>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 // Writes lines of cells in a save dialect: which cells get quotes, how short
 // lines are padded and how a line ends. Both containers write through it, so a
@@ -19,19 +24,22 @@ public:
     // Appends cells 0..n-1 chosen by the selection mode, the padding up to
     // `logical` positions, and the line end. `cell(i)` gives cell i as a
     // QByteArrayView. The column writers pass UnixLineEnding: a transposed
-    // save always ends its lines in LF.
-    template <class Out, class CellAt>
+    // save always ends its lines in LF. `Padded` promises that 16 bytes can
+    // be read from the start of every cell shorter than 16 bytes (the inline
+    // cells of the store), which lets single-byte cells be tested and copied
+    // with one vector load.
+    template <bool Padded = false, class Out, class CellAt>
     void appendLine(Out& out, int n, int logical, SelectionMode mode, const IndexList& list,
                     CellAt&& cell, LineEndingType ending) const {
         const auto start = out.size();
         if (mode == Only) {
             for (int i : list)
-                if (i >= 0 && i < n) appendCell(out, cell(i));
+                if (i >= 0 && i < n) appendCell<Padded>(out, cell(i));
         } else {
             size_t k = 0;
             for (int i = 0; i < n; ++i) {
                 if (mode == Except && listed(list, k, i)) continue;
-                appendCell(out, cell(i));
+                appendCell<Padded>(out, cell(i));
             }
             if (padding_) {
                 for (int i = n; i < logical; ++i) {
@@ -50,7 +58,15 @@ public:
     }
 
     // The cell with its quoting, then the delimiter.
-    template <class Out> void appendCell(Out& out, QByteArrayView cell) const {
+    template <bool Padded = false, class Out> void appendCell(Out& out, QByteArrayView cell) const {
+#if defined(__SSE2__)
+        if constexpr (Padded && std::is_same_v<Out, SaveBuffer>) {
+            if (width_ == 1 && delimited_) {
+                appendPaddedCell(out, cell.data(), size_t(cell.size()));
+                return;
+            }
+        }
+#endif
         if (width_ != 1) {
             appendCellWide(out, cell);
             return;
@@ -68,6 +84,41 @@ public:
 
 private:
     enum Unit { Delimiter, Quote, CR, LF, RS, UnitCount };
+
+#if defined(__SSE2__)
+    // The bytes that call for quotes, as a bit per byte of p[0..16).
+    unsigned specialMask16(const char* p) const {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const __m128i m = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, _mm_set1_epi8(delimiter_)),
+                                                    _mm_cmpeq_epi8(x, _mm_set1_epi8(quote_test_))),
+                                       _mm_or_si128(_mm_cmpeq_epi8(x, _mm_set1_epi8('\r')),
+                                                    _mm_cmpeq_epi8(x, _mm_set1_epi8('\n'))));
+        return unsigned(_mm_movemask_epi8(m));
+    }
+    bool needsQuotesPadded(const char* p, size_t n) const {
+        if (standard_ != Rfc4180 && standard_ != SparseQuotes) return standard_ == AllQuotes;
+        if (n < 16) return (specialMask16(p) & ((1u << n) - 1)) != 0;
+        unsigned hit = specialMask16(p + n - 16); // the tail, overlapping
+        for (size_t i = 0; i + 16 <= n && !hit; i += 16)
+            hit = specialMask16(p + i);
+        return hit != 0;
+    }
+    void appendPaddedCell(SaveBuffer& out, const char* p, size_t n) const {
+        if (Q_UNLIKELY(needsQuotesPadded(p, n))) {
+            appendQuoted(out, p, p + n, "\"", 1);
+            out.push_back(delimiter_);
+            return;
+        }
+        char* o = out.room(n + 17);
+        if (n < 16)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(o),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+        else
+            std::memcpy(o, p, n);
+        o[n] = delimiter_;
+        out.advance(n + 1);
+    }
+#endif
 
     // Mode Except walks an ascending list alongside the positions.
     static bool listed(const IndexList& list, size_t& k, int i) {
@@ -170,10 +221,15 @@ private:
         appendUnit(out, Delimiter);
     }
 
-    template <class Out> void appendUnit(Out& out, Unit u) const { out.append(units_[u], width_); }
-    QByteArrayView unit(Unit u) const { return QByteArrayView(units_[u], width_); }
+    template <class Out> void appendUnit(Out& out, Unit u) const {
+        out.append(units_[u], width_);
+    }
+    QByteArrayView unit(Unit u) const {
+        return QByteArrayView(units_[u], width_);
+    }
 
     char delimiter_;
+    char quote_test_; // the quote where it calls for quoting, else the delimiter again
     ParsingStandard standard_;
     bool delimited_;
     bool padding_;

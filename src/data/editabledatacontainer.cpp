@@ -23,10 +23,6 @@ namespace {
 
 constexpr qint64 kMaxIndex = INT_MAX - 1; // row and column numbers are 32-bit
 
-} // namespace
-
-namespace {
-
 // Each reading thread streams its share of a chunk through a small window of
 // its own, reused for the whole load. A window that fits in the cache keeps
 // the kernel's copy and the scan on the same hot lines, and a chunk-sized
@@ -89,7 +85,6 @@ public:
         }
         return -1;
     }
-    char* data() { return data_.get(); }
 
 private:
     int fd_;
@@ -262,9 +257,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     column_count = 0;
 
     const int w = width;
-    // The first window must hold a whole byte order mark (at most 4 bytes),
-    // however small a test makes the chunk.
-    qint64 chunk = std::min(size, std::max<qint64>(chunk_limit, 4));
+    qint64 chunk = std::min(size, chunk_limit);
     chunk -= chunk % w;
     if (chunk < w) chunk = w;
     ReadWindow window(fd, std::min(chunk, kWindowBytes - kWindowBytes % w), w);
@@ -272,9 +265,11 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     CsvRowSink sink(*this, size);
     auto engine = make_engine(sink);
 
-    const qint64 head = readAt(fd, window.data(), std::min<qint64>(size, 4), 0);
-    qint64 from = detectBom(window.data(), head, true) / w * w;
+    char head[4];
+    const qint64 head_size = readAt(fd, head, std::min<qint64>(size, 4), 0);
+    qint64 from = detectBom(head, head_size, true) / w * w;
     for (qint64 to = chunk;; to += chunk) {
+        if (to <= from) continue; // a test's chunk smaller than the byte order mark
         bool ok = true;
         const bool more =
             feedChunk(engine, make_engine, sink, window, side_window, fd, from, to, ok);
@@ -707,13 +702,14 @@ void EditableDataContainer::appendRowBytes(Out& out, int row, SelectionMode mode
         out, n, column_count, mode, columns, [&](int c) { return (*r)[c].view(); }, line_ending);
 }
 
-void EditableDataContainer::appendRowForSave(std::string& out, int row,
+void EditableDataContainer::appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
                                              const IndexList& hidden_columns) const {
-    if (width > 1) {
-        AbstractDataContainer::appendRowForSave(out, row, hidden_columns);
-        return;
-    }
-    appendRowBytes(out, row, Except, hidden_columns);
+    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    int n = r ? r->size() : 0;
+    if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
+    writer.appendLine<true>(
+        out, n, column_count, Except, hidden_columns, [&](int c) { return (*r)[c].view(); },
+        line_ending);
 }
 
 void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode mode,

@@ -89,7 +89,7 @@ public slots:
 
 protected:
     int storedLineCount() const override { return rows.size(); }
-    void appendRowForSave(std::string& out, int row,
+    void appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
                           const IndexList& hidden_columns) const override;
 
 private:
