@@ -110,6 +110,7 @@ private slots:
     void roundTrip();
     void unchangedFileSavesSameBytes_data();
     void unchangedFileSavesSameBytes();
+    void saveQuotesLikeRowWriter();
 
 private:
     QString freshPath(const QString& name) {
@@ -444,6 +445,33 @@ void TestCsvWriter::unchangedFileSavesSameBytes() {
     QVERIFY(c.rowCount() > 1);
     QVERIFY(c.save(true, false, {}, {}));
     QCOMPARE(show(readFile(path)), show(original));
+}
+
+// The save tests cells by whole vector blocks; the row writer byte by byte.
+// A byte that calls for quotes, at every position of cells around the block
+// size, must be found by both.
+void TestCsvWriter::saveQuotesLikeRowWriter() {
+    for (ParsingStandard standard : {Rfc4180, SparseQuotes, DelimiterOnly}) {
+        Table t;
+        for (int n = 1; n <= 40; ++n)
+            for (int k = 0; k < n; ++k)
+                for (char special : {';', '"', '\r', '\n', 'z'}) {
+                    QByteArray cell(n, 'x');
+                    cell[k] = special;
+                    t.append({cell, QByteArray(n % 17, 'y')});
+                }
+        EditableDataContainer c;
+        fill(c, t);
+        configure(c, SaveDialect{';', standard, UnixLineEnding, true, Utf8});
+        c.setFilepath(scratchPath("quotes.csv"));
+        QVERIFY(c.save(false, false, {}, {}));
+        QByteArray expected, line;
+        for (int r = 0; r < c.rowCount(); ++r) {
+            c.rowToBytes(line, r, All, {});
+            expected += line;
+        }
+        QCOMPARE(readFile(c.filepath()), expected);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCsvWriter)
