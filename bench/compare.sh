@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the engine's load and save on one generated file beside the same file
 # through sqlite3 ".import" and pandas read_csv(dtype=str), in one run, so the
-# figures can be read as ratios. Usage: bench/compare.sh [bytes] [build-dir]
+# figures can be read as ratios. Usage: [RUNS=5] bench/compare.sh [bytes] [build-dir]
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 bytes="${1:-536870912}"
@@ -15,8 +15,10 @@ GRIDMERE_BENCH_PEERS=1 "$root/scripts/install-deps.sh"
 sync
 
 echo "# gridmere"
-for i in 1 2 3; do "$bench" load "$file"; done
-for i in 1 2 3; do "$bench" save "$file" "$work/saved.csv"; done
+runs="${RUNS:-5}"
+for ((i = 0; i < runs; i++)); do "$bench" load "$file"; done
+# Each save starts with no write-back of the previous one in flight.
+for ((i = 0; i < runs; i++)); do sync; "$bench" save "$file" "$work/saved.csv"; done
 cmp -s "$file" "$work/saved.csv" && echo "save: byte-identical" || echo "save: DIFFERS"
 [ "${READ_ONLY:-1}" = 1 ] && "$bench" load "$file" --read-only 2>/dev/null || true
 
