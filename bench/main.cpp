@@ -4,13 +4,16 @@
 #include "data/editabledatacontainer.h"
 #include "data/fileparameters.h"
 #include "data/readonlydatacontainer.h"
+#include "data/tabledata.h"
 #include "generator.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -44,6 +47,8 @@ int usage() {
                          "[--standard NAME] [--read-only]\n"
                          "       gridmere-bench cells FILE [same options]\n"
                          "       gridmere-bench save FILE OUT [same options]\n"
+                         "       gridmere-bench asyncload FILE [same options] "
+                         "[--close-after-ms N]\n"
                          "       gridmere-bench readcells FILE [same options] [--count N]\n"
                          "       gridmere-bench sort KEYFILE\n");
     return 2;
@@ -201,6 +206,62 @@ int commandSave(const Options& o) {
     return 0;
 }
 
+// The threaded load a window starts: the progress reports that reach the
+// event loop, or with --close-after-ms how long closing the table mid-load
+// takes (the destructor cancels the loader and waits for it).
+int commandAsyncLoad(QStringList args) {
+    int close_after = -1;
+    const int at = int(args.indexOf("--close-after-ms"));
+    if (at >= 0) {
+        if (at + 1 >= args.size()) return usage();
+        close_after = args[at + 1].toInt();
+        args.remove(at, 2);
+    }
+    Options o;
+    if (!parseOptions(args, 1, o) || o.read_only) return usage();
+    const QString delimiter = o.delimiter_given ? QString(QChar(o.delimiter))
+                                                : delimiterForExtension(QFileInfo(o.file).suffix());
+    const qint64 bytes = QFileInfo(o.file).size();
+    auto* table = new TableData;
+    int reports = 0;
+    bool failed = false;
+    QEventLoop loop;
+    QObject::connect(table, &TableData::loadProgressUpdateSignal, [&] { ++reports; });
+    QObject::connect(table, &TableData::loadFinishedSignal, &loop, &QEventLoop::quit);
+    QObject::connect(table, &TableData::loadFailedSignal, [&] {
+        failed = true;
+        loop.quit();
+    });
+    QElapsedTimer t;
+    t.start();
+    table->load(o.file, true, false, delimiter, delimiter, o.encoding, o.standard);
+    if (close_after >= 0) QTimer::singleShot(close_after, &loop, &QEventLoop::quit);
+    loop.exec();
+    if (failed) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(o.file));
+        delete table;
+        return 1;
+    }
+    if (close_after >= 0) {
+        const bool was_loading = table->isLoading();
+        QElapsedTimer close;
+        close.start();
+        delete table;
+        std::printf("op=asyncload-close bytes=%lld after_ms=%d was_loading=%d reports=%d "
+                    "close_ms=%.1f\n",
+                    (long long)bytes, close_after, int(was_loading), reports,
+                    double(close.nsecsElapsed()) / 1e6);
+        return 0;
+    }
+    const double seconds = double(t.nsecsElapsed()) / 1e9;
+    std::printf("op=asyncload bytes=%lld rows=%d cols=%d seconds=%.3f mbps=%.1f reports=%d "
+                "peak_rss_bytes=%lld\n",
+                (long long)bytes, table->numRawRows(), table->numRawColumns(), seconds,
+                seconds > 0 ? double(bytes) / 1e6 / seconds : 0.0, reports, peakRssBytes());
+    delete table;
+    return 0;
+}
+
 int commandGenerate(const QStringList& args) {
     QString out;
     qint64 bytes = 0;
@@ -234,5 +295,6 @@ int main(int argc, char** argv) {
     if (command == "cells" && parseOptions(args, 1, o)) return commandCells(o);
     if (command == "save" && parseOptions(args, 2, o)) return commandSave(o);
     if (command == "readcells") return commandReadCells(args);
+    if (command == "asyncload") return commandAsyncLoad(args);
     return usage();
 }
