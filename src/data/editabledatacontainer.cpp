@@ -11,6 +11,7 @@
 #include <thread>
 
 #include <cerrno>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <unistd.h>
@@ -212,9 +213,23 @@ bool EditableDataContainer::feedChunk(Engine& engine, MakeEngine& make_engine, C
             CsvRowSink side_sink(*this);
             auto side = make_engine(side_sink);
             ReadWindow::Outcome side_outcome = ReadWindow::Done;
-            std::thread worker([&] { side_outcome = side_window->stream(side, split, to); });
-            const auto outcome = window.stream(engine, from, split);
+            std::exception_ptr side_error;
+            std::thread worker([&] {
+                try {
+                    side_outcome = side_window->stream(side, split, to);
+                } catch (...) {
+                    side_error = std::current_exception();
+                }
+            });
+            ReadWindow::Outcome outcome;
+            try {
+                outcome = window.stream(engine, from, split);
+            } catch (...) {
+                worker.join();
+                throw;
+            }
             worker.join();
+            if (side_error) std::rethrow_exception(side_error);
             ok = outcome != ReadWindow::Stopped;
             if (outcome != ReadWindow::Done) return false;
             // A line end inside quotes in the middle makes the side's rows wrong.
@@ -268,20 +283,29 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     char head[4];
     const qint64 head_size = readAt(fd, head, std::min<qint64>(size, 4), 0);
     qint64 from = detectBom(head, head_size, true) / w * w;
-    for (qint64 to = chunk;; to += chunk) {
-        if (to <= from) continue; // a test's chunk smaller than the byte order mark
-        bool ok = true;
-        const bool more =
-            feedChunk(engine, make_engine, sink, window, side_window, fd, from, to, ok);
-        if (!ok) {
-            sink.commit(); // what was read so far stays
-            return false;
+    try {
+        for (qint64 to = chunk;; to += chunk) {
+            if (to <= from) continue; // a test's chunk smaller than the byte order mark
+            bool ok = true;
+            const bool more =
+                feedChunk(engine, make_engine, sink, window, side_window, fd, from, to, ok);
+            if (!ok) {
+                sink.commit(); // what was read so far stays
+                return false;
+            }
+            if (!more) break;
+            from = to;
         }
-        if (!more) break;
-        from = to;
+        engine.finish();
+        sink.commit();
+    } catch (const std::exception&) {
+        // A file too large for memory (or a thread refused) fails like an
+        // unreadable one, and what was read of it is given back.
+        rows = RelocatableVector<Row>();
+        row_count = 0;
+        column_count = 0;
+        return false;
     }
-    engine.finish();
-    sink.commit();
     file.close();
     emit loadFinishedSignal();
     return true;

@@ -3,6 +3,7 @@
 #include "data/fileparameters.h"
 #include "testutilstore.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -10,7 +11,11 @@
 #include <QTest>
 
 #include <array>
+#include <cstdio>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace testutil;
 
@@ -130,6 +135,7 @@ private slots:
     void readsWhatAPlainWriterWrites();
     void fastReaderMatchesStateMachine();
     void unopenableFileLeavesStore();
+    void loadBeyondMemoryFails();
     void progress_data();
     void progress();
 
@@ -420,6 +426,63 @@ void TestCsvReader::unopenableFileLeavesStore() {
     QVERIFY(!c.loadCSV());
     QCOMPARE(describe(c), before);
     QCOMPARE(started.count() + finished.count(), 0);
+}
+
+// Under an address-space limit the load runs out of memory halfway: it must
+// fail and give back what it read, not end the process.
+void TestCsvReader::loadBeyondMemoryFails() {
+#if defined(__SANITIZE_ADDRESS__)
+    QSKIP("the address sanitizer reserves more than any limit left to the load");
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+    QSKIP("the address sanitizer reserves more than any limit left to the load");
+#endif
+#endif
+    const QString path = dir_.filePath("huge.csv");
+    {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        const QByteArray line = "a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,p\n";
+        QByteArray block;
+        while (block.size() < 1024 * 1024)
+            block += line;
+        for (int i = 0; i < 48; ++i)
+            f.write(block);
+    }
+    const pid_t child = fork();
+    QVERIFY(child >= 0);
+    if (child == 0) {
+        long pages = 0;
+        if (FILE* statm = std::fopen("/proc/self/statm", "r")) {
+            if (std::fscanf(statm, "%ld", &pages) != 1) pages = 0;
+            std::fclose(statm);
+        }
+        const rlim_t limit = rlim_t(pages) * 4096 + 128 * 1024 * 1024;
+        const rlimit r{limit, limit};
+        setrlimit(RLIMIT_AS, &r);
+        // QTest would catch an escaping exception and go on as the parent.
+        try {
+            EditableDataContainer c;
+            c.setFilepath(path);
+            const bool loaded = c.loadCSV();
+            _exit(loaded ? 1 : c.rowCount() == 0 && c.storedRowCount() == 0 ? 0 : 2);
+        } catch (...) {
+            _exit(3);
+        }
+    }
+    int status = 0;
+    QElapsedTimer clock;
+    clock.start();
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (clock.elapsed() > 60000) {
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+            QFAIL("the load hung");
+        }
+        QTest::qSleep(20);
+    }
+    QVERIFY2(WIFEXITED(status), "the load ended the process");
+    QCOMPARE(WEXITSTATUS(status), 0);
 }
 
 void TestCsvReader::progress_data() {
