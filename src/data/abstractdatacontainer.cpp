@@ -213,38 +213,42 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
     int fd = ::open(target_name.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0) return false;
 
-    BatchWriter writer(fd, keep_backup);
     bool ok = true;
-    // A mark survives as long as the encoding still fits it.
-    if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
-        writer.batch().append(bom.constData(), size_t(bom.size()));
+    try {
+        BatchWriter writer(fd, keep_backup);
+        // A mark survives as long as the encoding still fits it.
+        if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
+            writer.batch().append(bom.constData(), size_t(bom.size()));
 
-    const CsvLineWriter line_writer(delimiter_save, parsing_standard, save_trailing_delimiters,
-                                    width, encodingIsBigEndian(encoding));
-    QByteArray out;
-    if (!transposed) {
-        const int n = storedLineCount();
-        size_t h = 0;
-        for (int row = 0; row < n && ok; ++row) {
-            while (h < hidden_rows.size() && hidden_rows[h] < row)
-                ++h;
-            if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
-            appendRowForSave(writer.batch(), line_writer, row, hidden_columns);
-            ok = writer.maybeFlush();
+        const CsvLineWriter line_writer(delimiter_save, parsing_standard, save_trailing_delimiters,
+                                        width, encodingIsBigEndian(encoding));
+        QByteArray out;
+        if (!transposed) {
+            const int n = storedLineCount();
+            size_t h = 0;
+            for (int row = 0; row < n && ok; ++row) {
+                while (h < hidden_rows.size() && hidden_rows[h] < row)
+                    ++h;
+                if (h < hidden_rows.size() && hidden_rows[h] == row) continue;
+                appendRowForSave(writer.batch(), line_writer, row, hidden_columns);
+                ok = writer.maybeFlush();
+            }
+        } else {
+            const int n = columnCount();
+            size_t h = 0;
+            for (int column = 0; column < n && ok; ++column) {
+                while (h < hidden_columns.size() && hidden_columns[h] < column)
+                    ++h;
+                if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
+                columnToBytes(out, column, All, hidden_columns);
+                writer.batch().append(out.constData(), size_t(out.size()));
+                ok = writer.maybeFlush();
+            }
         }
-    } else {
-        const int n = columnCount();
-        size_t h = 0;
-        for (int column = 0; column < n && ok; ++column) {
-            while (h < hidden_columns.size() && hidden_columns[h] < column)
-                ++h;
-            if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
-            columnToBytes(out, column, All, hidden_columns);
-            writer.batch().append(out.constData(), size_t(out.size()));
-            ok = writer.maybeFlush();
-        }
+        ok = ok && writer.flush();
+    } catch (const std::exception&) {
+        ok = false; // no memory for the batches or no writer thread
     }
-    ok = ok && writer.flush();
     // The data must be on disk before the rename makes it the file: otherwise a
     // crash after the rename could leave an empty file under the real name.
     ok = ok && (!keep_backup || ::fsync(fd) == 0);
