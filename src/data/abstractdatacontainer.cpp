@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <condition_variable>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <mutex>
 #include <thread>
@@ -100,20 +102,32 @@ namespace {
 
 // Writes through large buffers and a plain descriptor: a row is a few dozen
 // bytes, and per-row calls into QIODevice cost more than the copy. Two
-// buffers take turns: a writer thread copies one into the kernel while the
+// buffers take turns: a writer thread hands one to the kernel while the
 // caller formats rows into the other, so a save costs about the larger of
 // the two instead of their sum.
+//
+// Where the file system allows it the descriptor is opened for direct
+// transfer: the bytes go from an aligned staging buffer to the disk without
+// passing through the page cache. Filling half a gigabyte of fresh cache
+// pages was most of a large save's time, and varied twofold between runs.
 class BatchWriter {
 public:
-    // `durable`: the file will be synced at the end; its pages are then
+    // `durable`: the file will be synced at the end; buffered pages are then
     // handed to the disk batch by batch, so that the final sync has little
-    // left to wait for.
-    BatchWriter(int fd, bool durable) : fd_(fd), durable_(durable) {
+    // left to wait for. `direct`: the descriptor has O_DIRECT.
+    BatchWriter(int fd, bool durable, bool direct) : fd_(fd), durable_(durable), direct_(direct) {
         current_.reserve(kBatch + 65536);
         pending_.reserve(kBatch + 65536);
+        if (direct_) {
+            staging_ = static_cast<char*>(std::aligned_alloc(kBlock, kStaging));
+            if (!staging_) throw std::bad_alloc();
+        }
         thread_ = std::thread([this] { run(); });
     }
-    ~BatchWriter() { finish(); }
+    ~BatchWriter() {
+        finish();
+        std::free(staging_);
+    }
     BatchWriter(const BatchWriter&) = delete;
     BatchWriter& operator=(const BatchWriter&) = delete;
 
@@ -123,11 +137,14 @@ public:
     bool flush() {
         if (!current_.empty()) handOff();
         finish();
+        if (!failed_.load() && !writeTail()) failed_ = true;
         return !failed_.load();
     }
 
 private:
     static constexpr size_t kBatch = 4 * 1024 * 1024;
+    static constexpr size_t kBlock = 4096; // covers every device's direct-transfer unit
+    static constexpr size_t kStaging = 4 * 1024 * 1024;
 
     bool handOff() {
         std::unique_lock lock(mutex_);
@@ -155,26 +172,55 @@ private:
                 if (!pending_ready_) return;
             }
             // The caller leaves `pending_` alone until it is handed back.
-            if (!failed_.load() && !writeAll(pending_)) failed_ = true;
-#if defined(__linux__)
-            if (durable_ && !failed_.load()) {
-                ::sync_file_range(fd_, off64_t(written_), off64_t(pending_.size()),
-                                  SYNC_FILE_RANGE_WRITE);
-            }
-#endif
-            written_ += pending_.size();
+            if (!failed_.load() && !writeBatch(pending_.data(), pending_.size())) failed_ = true;
             std::lock_guard lock(mutex_);
             pending_ready_ = false;
             changed_.notify_all();
         }
     }
-    bool writeAll(const SaveBuffer& bytes) {
-        const char* p = bytes.data();
-        size_t left = bytes.size();
+    bool writeBatch(const char* p, size_t n) {
+        logical_size_ += n;
+        if (direct_) {
+            // Whole blocks go out; the rest waits at the start of the staging
+            // buffer for the next batch.
+            while (n > 0) {
+                const size_t take = std::min(n, kStaging - carry_);
+                std::memcpy(staging_ + carry_, p, take);
+                carry_ += take;
+                p += take;
+                n -= take;
+                const size_t whole = carry_ & ~(kBlock - 1);
+                if (whole == 0) continue;
+                if (!writeAll(staging_, whole)) return false;
+                std::memmove(staging_, staging_ + whole, carry_ - whole);
+                carry_ -= whole;
+            }
+            return true;
+        }
+        const off64_t at = off64_t(logical_size_ - n);
+        if (!writeAll(p, n)) return false;
+#if defined(__linux__)
+        if (durable_) ::sync_file_range(fd_, at, off64_t(n), SYNC_FILE_RANGE_WRITE);
+#endif
+        return true;
+    }
+    // The last part block of a direct save goes out padded, and the file is
+    // then cut to its true length.
+    bool writeTail() {
+        if (!direct_ || carry_ == 0) return true;
+        const size_t padded = (carry_ + kBlock - 1) & ~(kBlock - 1);
+        std::memset(staging_ + carry_, 0, padded - carry_);
+        carry_ = 0;
+        return writeAll(staging_, padded) && ::ftruncate(fd_, off_t(logical_size_)) == 0;
+    }
+    bool writeAll(const char* p, size_t left) {
         while (left > 0) {
             const ssize_t n = ::write(fd_, p, left);
             if (n < 0) {
                 if (errno == EINTR) continue;
+                // A file system may open for direct transfer and still refuse
+                // it; the rest then goes through the page cache.
+                if (errno == EINVAL && direct_ && dropDirect()) continue;
                 return false;
             }
             p += n;
@@ -182,10 +228,22 @@ private:
         }
         return true;
     }
+    bool dropDirect() {
+#if defined(O_DIRECT)
+        const int flags = ::fcntl(fd_, F_GETFL);
+        if (flags < 0 || !(flags & O_DIRECT)) return false;
+        return ::fcntl(fd_, F_SETFL, flags & ~O_DIRECT) == 0;
+#else
+        return false;
+#endif
+    }
 
     int fd_;
     bool durable_;
-    size_t written_ = 0;
+    bool direct_;
+    size_t logical_size_ = 0;
+    char* staging_ = nullptr;
+    size_t carry_ = 0;
     SaveBuffer current_;
     SaveBuffer pending_;
     std::mutex mutex_;
@@ -210,12 +268,19 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
     const QString target = keep_backup ? filepath_ + QStringLiteral(".bak") : filepath_;
     const QByteArray target_name = QFile::encodeName(target);
     if (filepath_.isEmpty()) return false;
-    int fd = ::open(target_name.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    bool direct = false;
+    int fd = -1;
+#if defined(O_DIRECT)
+    fd = ::open(target_name.constData(), flags | O_DIRECT, 0666);
+    direct = fd >= 0;
+#endif
+    if (fd < 0) fd = ::open(target_name.constData(), flags, 0666);
     if (fd < 0) return false;
 
     bool ok = true;
     try {
-        BatchWriter writer(fd, keep_backup);
+        BatchWriter writer(fd, keep_backup, direct);
         // A mark survives as long as the encoding still fits it.
         if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
             writer.batch().append(bom.constData(), size_t(bom.size()));
