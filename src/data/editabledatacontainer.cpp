@@ -144,6 +144,9 @@ public:
             commit();
             current_row_ = row;
             *row_count_ = int(row + 1);
+            // Lines mostly have as many cells as the one before: gathered in
+            // a block of that size, a line is stored without a copy.
+            scratch_.reserveExact(expected_cells_);
         }
         if (column >= *column_count_) *column_count_ = int(column + 1);
         const int col = int(column);
@@ -157,9 +160,9 @@ public:
 
     void commit() {
         if (current_row_ < 0) return;
-        Row row;
-        scratch_.relocateInto(row);
-        rows_->push_back(std::move(row));
+        expected_cells_ = std::max(scratch_.size(), 1);
+        scratch_.shrinkToFit();
+        rows_->push_back(std::move(scratch_));
         current_row_ = -1;
     }
 
@@ -189,6 +192,7 @@ private:
     const qint64 step_units_;
     qint64 next_report_ = -1;
     qint64 current_row_ = -1;
+    int expected_cells_ = 1;
     Row scratch_;
 };
 
