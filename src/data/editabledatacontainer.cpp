@@ -11,6 +11,7 @@
 #include <thread>
 
 #include <cerrno>
+#include <condition_variable>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -94,6 +95,67 @@ private:
     std::unique_ptr<char[]> data_;
 };
 
+namespace {
+
+// Frees large stores on a thread of its own. Giving back millions of heap
+// blocks takes a good part of a second, and it happens when a table is
+// closed, often mid-load: the window should not freeze for it. The thread
+// drains its queue before the process ends.
+class StoreReleaser {
+public:
+    static StoreReleaser& instance() {
+        static StoreReleaser releaser;
+        return releaser;
+    }
+    void release(RelocatableVector<Row>&& rows) {
+        std::lock_guard lock(mutex_);
+        queue_.push_back(std::move(rows));
+        if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
+        changed_.notify_one();
+    }
+
+private:
+    ~StoreReleaser() {
+        {
+            std::lock_guard lock(mutex_);
+            done_ = true;
+        }
+        changed_.notify_one();
+        if (thread_.joinable()) thread_.join();
+    }
+    void run() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            changed_.wait(lock, [this] { return done_ || !queue_.empty(); });
+            if (queue_.empty()) return;
+            RelocatableVector<Row> rows = std::move(queue_.back());
+            queue_.pop_back();
+            lock.unlock();
+            rows = RelocatableVector<Row>();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<RelocatableVector<Row>> queue_;
+    bool done_ = false;
+    std::thread thread_;
+};
+
+constexpr int kReleaseInBackgroundRows = 100000;
+
+void releaseRows(RelocatableVector<Row>& rows) {
+    if (rows.size() < kReleaseInBackgroundRows) return;
+    try {
+        StoreReleaser::instance().release(std::move(rows));
+    } catch (const std::exception&) {
+        // No thread to spare: the rows are freed by their owner, as any are.
+    }
+}
+
+} // namespace
+
 // Receives the reader's cells. Lines arrive strictly in order, so a line is
 // gathered in a scratch row and moved into the store, exactly sized, when the
 // next line starts. The effect is that of setCell for each field.
@@ -109,6 +171,10 @@ public:
           step_units_(csv::kProgressStep / c.width) {}
 
     // A side sink.
+    // A side sink whose rows were not taken over (a cancel, or a wrong guess
+    // of the line start) lets them go without holding up the load.
+    ~CsvRowSink() { releaseRows(own_rows_); }
+
     explicit CsvRowSink(EditableDataContainer& c)
         : c_(c), rows_(&own_rows_), row_count_(&own_row_count_), column_count_(&own_column_count_),
           file_size_(0), report_(false), step_units_(1) {}
@@ -197,7 +263,10 @@ private:
 };
 
 EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
-EditableDataContainer::~EditableDataContainer() = default;
+
+EditableDataContainer::~EditableDataContainer() {
+    releaseRows(rows);
+}
 
 // Reads one chunk, [from, to) of the file, on two threads when it is large:
 // the second thread starts at the first line end past the middle, on the
