@@ -263,6 +263,11 @@ void AbstractDataContainer::appendRowForSave(SaveBuffer& out, const CsvLineWrite
     out.append(line.constData(), size_t(line.size()));
 }
 
+CsvLineWriter AbstractDataContainer::lineWriter() const {
+    return CsvLineWriter(delimiter_save, parsing_standard, save_trailing_delimiters, width,
+                         encodingIsBigEndian(encoding));
+}
+
 bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
                                  const IndexList& hidden_columns) {
     const QString target = keep_backup ? filepath_ + QStringLiteral(".bak") : filepath_;
@@ -285,8 +290,7 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
         if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
             writer.batch().append(bom.constData(), size_t(bom.size()));
 
-        const CsvLineWriter line_writer(delimiter_save, parsing_standard, save_trailing_delimiters,
-                                        width, encodingIsBigEndian(encoding));
+        const CsvLineWriter line_writer = lineWriter();
         QByteArray out;
         if (!transposed) {
             const int n = storedLineCount();

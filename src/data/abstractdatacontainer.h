@@ -153,6 +153,8 @@ protected:
     virtual int storedLineCount() const { return rowCount(); }
     // One row of a non-transposed save appended to the output; a store may
     // write straight into the output instead of through rowToBytes.
+    // The line writer for the save dialect as it stands now.
+    CsvLineWriter lineWriter() const;
     virtual void appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
                                   const IndexList& hidden_columns) const;
 

@@ -787,26 +787,21 @@ void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
 // ---------------------------------------------------------------------------
 // Writing
 
+// Every stored cell can be read 16 bytes from its start (inline cells are 16
+// bytes, heap cells longer), which is the writer's `Padded` promise.
 template <class Out>
-void EditableDataContainer::appendRowBytes(Out& out, int row, SelectionMode mode,
-                                           const IndexList& columns) const {
+void EditableDataContainer::appendRowBytes(Out& out, const CsvLineWriter& writer, int row,
+                                           SelectionMode mode, const IndexList& columns) const {
     const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     int n = r ? r->size() : 0;
     if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
-    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
-                               encodingIsBigEndian(encoding));
-    writer.appendLine(
+    writer.appendLine<true>(
         out, n, column_count, mode, columns, [&](int c) { return (*r)[c].view(); }, line_ending);
 }
 
 void EditableDataContainer::appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
                                              const IndexList& hidden_columns) const {
-    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
-    int n = r ? r->size() : 0;
-    if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
-    writer.appendLine<true>(
-        out, n, column_count, Except, hidden_columns, [&](int c) { return (*r)[c].view(); },
-        line_ending);
+    appendRowBytes(out, writer, row, Except, hidden_columns);
 }
 
 void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode mode,
@@ -816,13 +811,13 @@ void EditableDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode m
         rowToBytesWide(out, row, mode, columns);
         return;
     }
-    appendRowBytes(out, row, mode, columns);
+    appendRowBytes(out, lineWriter(), row, mode, columns);
 }
 
 void EditableDataContainer::rowToBytesWide(QByteArray& out, int row, SelectionMode mode,
                                            const IndexList& columns) const {
     out.resize(0);
-    appendRowBytes(out, row, mode, columns);
+    appendRowBytes(out, lineWriter(), row, mode, columns);
 }
 
 namespace {
@@ -842,9 +837,7 @@ void EditableDataContainer::columnToBytes(QByteArray& out, int column, Selection
     getColumn(cells, column, All, {});
     int n = int(cells.size());
     if (!save_trailing_delimiters) n = lastNonEmpty(cells);
-    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
-                               encodingIsBigEndian(encoding));
-    writer.appendLine(
+    lineWriter().appendLine(
         out, n, row_count, mode, chosen_rows, [&](int r) { return cells[size_t(r)].view(); },
         UnixLineEnding);
 }

@@ -101,7 +101,8 @@ private:
                    std::unique_ptr<ReadWindow>& side_window, int fd, qint64 from, qint64 to,
                    bool& ok);
     template <class Out>
-    void appendRowBytes(Out& out, int row, SelectionMode mode, const IndexList& columns) const;
+    void appendRowBytes(Out& out, const CsvLineWriter& writer, int row, SelectionMode mode,
+                        const IndexList& columns) const;
 
     RelocatableVector<Row> rows;
     qint64 file_size = 0;

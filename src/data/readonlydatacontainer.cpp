@@ -530,13 +530,9 @@ void ReadOnlyDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode m
     // The editable store holds a loaded line up to its last non-empty cell;
     // the same count gives the same padding.
     const int n = lastNonEmpty(line_ends);
-    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
-                               encodingIsBigEndian(encoding));
-    auto cell = [&](int i) {
-        const qsizetype begin = i > 0 ? line_ends[size_t(i - 1)] : 0;
-        return QByteArrayView(line_bytes).sliced(begin, line_ends[size_t(i)] - begin);
-    };
-    writer.appendLine(out, n, column_count, mode, columns, cell, line_ending);
+    lineWriter().appendLine(
+        out, n, column_count, mode, columns, [this](int i) { return collectedCell(i); },
+        line_ending);
 }
 
 bool ReadOnlyDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
@@ -562,13 +558,8 @@ void ReadOnlyDataContainer::columnToBytes(QByteArray& out, int column, Selection
     out.resize(0);
     collectShownColumn(column);
     const int n = save_trailing_delimiters ? int(line_ends.size()) : lastNonEmpty(line_ends);
-    const CsvLineWriter writer(delimiter_save, parsing_standard, save_trailing_delimiters, width,
-                               encodingIsBigEndian(encoding));
-    auto cell = [&](int i) {
-        const qsizetype begin = i > 0 ? line_ends[size_t(i - 1)] : 0;
-        return QByteArrayView(line_bytes).sliced(begin, line_ends[size_t(i)] - begin);
-    };
-    writer.appendLine(out, n, row_count, mode, rows, cell, UnixLineEnding);
+    lineWriter().appendLine(
+        out, n, row_count, mode, rows, [this](int i) { return collectedCell(i); }, UnixLineEnding);
 }
 
 void ReadOnlyDataContainer::columnToBytesWide(QByteArray& out, int column, SelectionMode mode,

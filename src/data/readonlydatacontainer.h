@@ -136,6 +136,11 @@ private:
     int fileColumn(int shown) const;
     void collectShownRow(int row) const;
     void collectShownColumn(int column) const;
+    // Cell i of the line last collected.
+    QByteArrayView collectedCell(int i) const {
+        const qsizetype begin = i > 0 ? line_ends[size_t(i - 1)] : 0;
+        return QByteArrayView(line_bytes).sliced(begin, line_ends[size_t(i)] - begin);
+    }
 
     // The dialect the file was scanned in. Cells are read by it for the
     // container's life; the dialect setters only change what a save writes.
