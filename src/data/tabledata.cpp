@@ -227,6 +227,15 @@ bool TableData::setData(int model_row, int model_column, const QString& text, bo
     int row = rawRowFromModel(model_row, no_swap);
     int column = rawColumnFromModel(model_column, no_swap);
     if (transposed && !no_swap) std::swap(row, column);
+    return setStoredCell(row, column, text);
+}
+
+bool TableData::setRawData(int raw_row, int raw_column, const QString& text) {
+    if (transposed) std::swap(raw_row, raw_column);
+    return setStoredCell(raw_row, raw_column, text);
+}
+
+bool TableData::setStoredCell(int row, int column, const QString& text) {
     if (row < 0 || column < 0) return false;
     bool grew = false;
     if (row >= num_raw_rows) {

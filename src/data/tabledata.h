@@ -47,6 +47,23 @@ public:
     QVariant data(int model_row, int model_column) const;
     QVariant rawData(int raw_row, int raw_column) const;
     bool setData(int model_row, int model_column, const QString& text, bool no_swap = false);
+    // Writes by raw position (rows and columns as the container has them when
+    // not transposed); grows the table as setData does.
+    bool setRawData(int raw_row, int raw_column, const QString& text);
+
+    // Line surgery by model position. Hidden positions at or above an insert
+    // move up with it; those above a removed run move down, those inside it go.
+    bool insertRows(int model_row, int count);
+    bool insertColumns(int model_column, int count);
+    bool removeRows(int model_row, int count);
+    bool removeColumns(int model_column, int count);
+
+    // The block rule of Ctrl+arrow movement on the raw table: from the cell
+    // (raw_row, raw_column), direction 0 up, 1 down, 2 left, 3 right, the raw
+    // index along that axis where the move lands. Going up or left it may be
+    // negative; the caller clamps.
+    int blockTarget(int raw_row, int raw_column, int direction) const;
+    bool isRawCellEmpty(int raw_row, int raw_column) const;
 
     int rawRowFromModel(int model_row, bool no_swap = false) const;
     int rawColumnFromModel(int model_column, bool no_swap = false) const;
@@ -103,6 +120,8 @@ public slots:
     void onSortRowsEditableFinished(bool completed);
 
 private:
+    // Row and column as the container stores them.
+    bool setStoredCell(int row, int column, const QString& text);
     void emitTableSize();
     void applyDialectTo(AbstractDataContainer& c);
 

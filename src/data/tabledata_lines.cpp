@@ -1,0 +1,171 @@
+// Line surgery and the block rule of TableData: the operations that keep the
+// hidden lists in step with the container when lines come and go.
+
+#include "tabledata.h"
+
+#include "editabledatacontainer.h"
+#include "indexmapping.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+// Shifts the hidden raw indexes at or above `raw` by `count`.
+void shiftHiddenForInsert(std::vector<int>& hidden, int raw, int count) {
+    for (int& h : hidden)
+        if (h >= raw) h += count;
+}
+
+} // namespace
+
+bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
+    if (!container || raw_row < 0 || raw_column < 0) return true;
+    if (transposed) std::swap(raw_row, raw_column);
+    if (container_kind != ReadOnlyKind)
+        return static_cast<const EditableDataContainer*>(container.get())
+            ->cellView(raw_row, raw_column)
+            .isEmpty();
+    return container->data(raw_row, raw_column).isEmpty();
+}
+
+bool TableData::insertRows(int model_row, int count) {
+    if (count < 1 || model_row < 0) return false;
+    // With the table transposed a model row is a stored column.
+    const bool stored_rows = !transposed;
+    std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
+    int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
+    const int raw = indexmapping::rawFromModel(hidden, model_row);
+    shiftHiddenForInsert(hidden, raw, count);
+    if (raw >= num_raw) return true; // past the data: nothing is stored there
+    const bool ok =
+        stored_rows ? container->insertRows(raw, count) : container->insertColumns(raw, count);
+    if (!ok) return false;
+    num_raw += count;
+    emitTableSize();
+    return true;
+}
+
+bool TableData::insertColumns(int model_column, int count) {
+    if (count < 1 || model_column < 0) return false;
+    const bool stored_columns = !transposed;
+    std::vector<int>& hidden = stored_columns ? hidden_columns : hidden_rows;
+    int& num_raw = stored_columns ? num_raw_cols : num_raw_rows;
+    const int raw = indexmapping::rawFromModel(hidden, model_column);
+    shiftHiddenForInsert(hidden, raw, count);
+    if (raw >= num_raw) return true;
+    const bool ok =
+        stored_columns ? container->insertColumns(raw, count) : container->insertRows(raw, count);
+    if (!ok) return false;
+    num_raw += count;
+    emitTableSize();
+    return true;
+}
+
+namespace {
+
+struct Run {
+    int start;
+    int length;
+};
+
+// The raw runs behind the model positions [model_pos, model_pos + count),
+// without the part past the stored data.
+std::vector<Run> rawRuns(const std::vector<int>& hidden, int model_pos, int count, int num_raw) {
+    std::vector<Run> runs;
+    for (int m = model_pos; m < model_pos + count; ++m) {
+        const int raw = indexmapping::rawFromModel(hidden, m);
+        if (raw >= num_raw) break;
+        if (!runs.empty() && runs.back().start + runs.back().length == raw)
+            ++runs.back().length;
+        else
+            runs.push_back({raw, 1});
+    }
+    return runs;
+}
+
+void dropHiddenForRemoval(std::vector<int>& hidden, const std::vector<Run>& runs) {
+    std::vector<int> kept;
+    kept.reserve(hidden.size());
+    size_t k = 0;
+    int removed_before = 0;
+    for (int h : hidden) {
+        while (k < runs.size() && runs[k].start + runs[k].length <= h)
+            removed_before += runs[k++].length;
+        if (k < runs.size() && h >= runs[k].start) continue; // inside a removed run
+        kept.push_back(h - removed_before);
+    }
+    hidden.swap(kept);
+}
+
+} // namespace
+
+bool TableData::removeRows(int model_row, int count) {
+    if (count < 1 || model_row < 0) return false;
+    const bool stored_rows = !transposed;
+    std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
+    int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
+    const std::vector<Run> runs = rawRuns(hidden, model_row, count, num_raw);
+    if (runs.empty()) return true;
+    for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
+        const bool ok = stored_rows ? container->removeRows(it->start, it->length)
+                                    : container->removeColumns(it->start, it->length);
+        if (!ok) return false;
+    }
+    dropHiddenForRemoval(hidden, runs);
+    num_raw = stored_rows ? container->rowCount() : container->columnCount();
+    emitTableSize();
+    return true;
+}
+
+bool TableData::removeColumns(int model_column, int count) {
+    if (count < 1 || model_column < 0) return false;
+    const bool stored_columns = !transposed;
+    std::vector<int>& hidden = stored_columns ? hidden_columns : hidden_rows;
+    int& num_raw = stored_columns ? num_raw_cols : num_raw_rows;
+    const std::vector<Run> runs = rawRuns(hidden, model_column, count, num_raw);
+    if (runs.empty()) return true;
+    for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
+        const bool ok = stored_columns ? container->removeColumns(it->start, it->length)
+                                       : container->removeRows(it->start, it->length);
+        if (!ok) return false;
+    }
+    dropHiddenForRemoval(hidden, runs);
+    num_raw = stored_columns ? container->columnCount() : container->rowCount();
+    emitTableSize();
+    return true;
+}
+
+int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
+    const bool vertical = direction < 2;
+    const int step = (direction == 0 || direction == 2) ? -1 : 1;
+    const int size = vertical ? numRawRows() : numRawColumns();
+    const int pos = vertical ? raw_row : raw_column;
+    auto filled = [&](int p) {
+        return vertical ? !isRawCellEmpty(p, raw_column) : !isRawCellEmpty(raw_row, p);
+    };
+    const int next = pos + step;
+    if (next < 0 || (step > 0 && next >= size)) return pos;
+    const int limit = step > 0 ? size - 1 : INT_MAX;
+    auto in_range = [&](int p) { return p >= 0 && p <= limit; };
+    const bool cell_filled = filled(pos);
+    const bool next_filled = filled(next);
+    if (cell_filled != next_filled) {
+        // From a gap onto data: one step.
+        if (!cell_filled || next_filled) return next;
+        // From the end of data across a gap to the next data, or to the edge.
+        int p = pos + 2 * step;
+        while (in_range(p) && !filled(p))
+            p += step;
+        return step > 0 ? std::min(p, limit) : p;
+    }
+    for (int p = pos + 2 * step; in_range(p); p += step) {
+        const bool f = filled(p);
+        if (f == cell_filled) continue;
+        // A run of data ends on its last filled cell; a run of blanks on the
+        // first filled one.
+        if (!f) p -= step;
+        return std::min(std::max(p, 0), limit);
+    }
+    return step > 0 ? limit : 0;
+}
