@@ -5,6 +5,7 @@
 #include "data/fileparameters.h"
 #include "data/readonlydatacontainer.h"
 #include "data/tabledata.h"
+#include "benchgui.h"
 #include "generator.h"
 
 #include <QCoreApplication>
@@ -50,7 +51,8 @@ int usage() {
                          "       gridmere-bench asyncload FILE [same options] "
                          "[--close-after-ms N]\n"
                          "       gridmere-bench readcells FILE [same options] [--count N]\n"
-                         "       gridmere-bench sort KEYFILE\n");
+                         "       gridmere-bench sort KEYFILE\n"
+                         "       gridmere-bench model FILE\n");
     return 2;
 }
 
@@ -284,6 +286,7 @@ int commandGenerate(const QStringList& args) {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && isGuiCommand(argv[1])) return benchGui(argc, argv);
     QCoreApplication app(argc, argv);
     QStringList args = app.arguments().mid(1);
     if (args.isEmpty()) return usage();

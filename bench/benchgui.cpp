@@ -1,0 +1,19 @@
+#include "benchgui.h"
+
+#include <QApplication>
+
+#include <cstdlib>
+#include <cstring>
+
+bool isGuiCommand(const char* command) {
+    return std::strcmp(command, "model") == 0;
+}
+
+int benchGui(int argc, char** argv) {
+    if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    QApplication app(argc, argv);
+    QStringList args = app.arguments().mid(1);
+    const QString command = args.takeFirst();
+    if (command == "model") return benchModel(args);
+    return 2;
+}

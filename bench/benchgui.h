@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QStringList>
+
+// Sub-commands that need a GUI application (the offscreen platform unless
+// another is set): they measure the table model and the grid.
+int benchGui(int argc, char** argv);
+bool isGuiCommand(const char* command);
+int benchModel(const QStringList& args);
