@@ -6,7 +6,7 @@
 #include <cstring>
 
 bool isGuiCommand(const char* command) {
-    return std::strcmp(command, "model") == 0;
+    return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -15,5 +15,6 @@ int benchGui(int argc, char** argv) {
     QStringList args = app.arguments().mid(1);
     const QString command = args.takeFirst();
     if (command == "model") return benchModel(args);
+    if (command == "view") return benchView(args);
     return 2;
 }

@@ -7,3 +7,4 @@
 int benchGui(int argc, char** argv);
 bool isGuiCommand(const char* command);
 int benchModel(const QStringList& args);
+int benchView(const QStringList& args);

@@ -52,7 +52,8 @@ int usage() {
                          "[--close-after-ms N]\n"
                          "       gridmere-bench readcells FILE [same options] [--count N]\n"
                          "       gridmere-bench sort KEYFILE\n"
-                         "       gridmere-bench model FILE\n");
+                         "       gridmere-bench model FILE\n"
+                         "       gridmere-bench view FILE\n");
     return 2;
 }
 

@@ -117,6 +117,7 @@ QVariant TableModel::data(const QModelIndex& index, int role) const {
     case Qt::EditRole:
         if (find_query.highlight_matches)
             if (const Range* m = findMatchAt(row, col)) return m->value;
+        ++display_reads;
         return table_data.data(row, col);
     case Qt::FontRole:
         return isHeaderCell(row, col) ? header_cell_font : cell_font;

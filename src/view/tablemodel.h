@@ -147,6 +147,9 @@ public:
     SortRecord colSort() const { return col_sort; }
     const std::vector<FilterData>& filterList() const { return filters; }
     int lastDataRow() const { return last_data_row; }
+    // How many cell texts have been read through data(): the auto-fit reads
+    // a bounded sample, and this is how that bound is checked.
+    qint64 displayReads() const { return display_reads; }
     int lastDataCol() const { return last_data_col; }
 
     // Read by the view; kept here so that a file's own values travel with it.
@@ -382,4 +385,5 @@ private:
     QThread worker_thread;
     TableModelWorker* worker = nullptr;
     bool job_completed = false;
+    mutable qint64 display_reads = 0;
 };

@@ -1,0 +1,164 @@
+#pragma once
+
+#include "data/dialect.h"
+#include "view/abstracttableview.h"
+#include "view/theme.h"
+
+#include <QTimer>
+#include <QVariant>
+
+#include <memory>
+#include <vector>
+
+class HeaderView;
+class QTableWidget;
+class QUndoStack;
+class QVariantAnimation;
+
+// One open file on the screen: the grid, its model and its undo stack.
+// Every command reaches a file through one of its methods.
+class TableView : public AbstractTableView {
+    Q_OBJECT
+
+public:
+    explicit TableView(bool read_only = false, QWidget* parent = nullptr);
+    ~TableView() override;
+
+    TableModel* model() const { return table_model; }
+    QUndoStack* undoStack() const { return undo_stack; }
+    HeaderView* horizontalLabels() const { return horizontal_header; }
+    HeaderView* verticalLabels() const { return vertical_header; }
+
+    // Navigation and selection commands.
+    void moveSelectionRelative(int vertical, int horizontal) override;
+    void moveSelectionByBlock(Direction direction);
+    // Shift+arrow (or by a block with Ctrl): every member grows at once.
+    void extendSelection(Direction direction, bool by_block);
+    void goOneScreen(Direction direction);
+    void goToEdge(Direction direction);
+    void selectEntireRows(bool header_excluded);
+    void selectEntireColumns(bool header_excluded);
+    void selectEntireTable();
+    void selectToEdge(Direction direction);
+
+    // Sizes.
+    void setDefaultRowHeight(int pixels);
+    void setDefaultColWidth(int pixels);
+    int defaultRowHeight() const { return default_row_height; }
+    int defaultColWidth() const { return default_col_width; }
+    void setMaxRowHeight(int pixels) { max_row_height = pixels; }
+    void setMaxColWidth(int pixels) { max_col_width = pixels; }
+    void setAutoFitRows(bool on);
+    void setAutoFitCols(bool on);
+    void setTheme(const Theme& theme);
+    void setTextPixelSize(int pixels);
+    void setSnapToRow(bool on) { snap_rows = on; }
+    void setSnapToCol(bool on) { snap_cols = on; }
+    int auto_fit_skip_count = -1; // -1: never skip
+
+    // The width auto-fit gives a column: five measured strings at most,
+    // from at most 100 + eval_precision sampled rows.
+    int autoFitWidth(int col, int eval_precision) const;
+
+signals:
+    void undoStackCleanChangedSignal(bool is_saved);
+    void startProgressUpdateSignal();
+    void loadProgressUpdateSignal(int curr_num_reports, int num_total_reports, int filesize_mb);
+    void loadFinishedSignal();
+    void saveStartedSignal(QString filepath);
+    void saveFinishedSignal(QString filepath);
+    void selectionChangedSignal(TableView* table_view);
+    void mainCellChangedSignal(Range main_cell);
+    void tableSizeChangedSignal(int num_raw_rows, int num_raw_cols, int num_model_rows,
+                                int num_model_cols);
+    void updateStatusBarSignal();
+    void selectionSizeChangedSignal(RangeSize selection_size);
+    void tableViewDestroyedSignal();
+
+public slots:
+    void scrollToMainCell(bool only_if_outside_view = true, bool keep_cell_on_edge = false);
+    void scrollToRow(int row, bool only_if_outside_view = true, bool keep_cell_on_edge = false);
+    void scrollToCol(int col, bool only_if_outside_view = true, bool keep_cell_on_edge = false);
+    void scroll(Direction direction, bool full_screen, int num_ver_pixels = 75,
+                int num_hor_pixels = 250);
+    void wheelScroll(Axis axis, int num_pixels);
+    void resizeColumnsToContents();
+    void resizeColumnToContents(int col, int num_eval_rows);
+    void enforceAutoFitColWidth(bool scroll);
+    void enforceAutoFitColWidths(std::vector<int> cols);
+    void enforceAutoFitRowHeight(bool scroll);
+    void enforceAutoFitRowHeight(int row);
+    void enforceAutoFitRowHeights(std::vector<int> rows);
+    void resizeRow(int row, int size);
+    void resizeRows(std::vector<int> rows, std::vector<int> sizes);
+    void resizeCol(int col, int size);
+    void resizeCols(std::vector<int> cols, std::vector<int> sizes);
+    void insertRowsSlot(int row, int count);
+    void removeRowsSlot(int row, int count);
+    void insertColsSlot(int col, int count);
+    void removeColsSlot(int col, int count);
+    void setRowHeightsSlot(QVariant normalized_row_height);
+    void setColWidthsSlot(QVariant normalized_col_width);
+    void performRemoveRows();
+    void performRemoveCols();
+    void enforceTableSize();
+    void onLoadFinished();
+    void onSelectionChanged();
+    void onScrollBarReleased();
+    void onWheelSnapTimerStopped();
+    void onHorizontalSectionClicked(int col);
+    void onHorizontalSectionCtrlClicked(int col);
+    void onHorizontalSectionShiftClicked(int col);
+    void onHorizontalSectionEntered(int col);
+    void onHorizontalMouseReleased();
+    void onVerticalSectionClicked(int row);
+    void onVerticalSectionCtrlClicked(int row);
+    void onVerticalSectionShiftClicked(int row);
+    void onVerticalSectionEntered(int row);
+    void onVerticalMouseReleased();
+    void onTopLeftCornerButtonClicked();
+    void onTopLeftCornerButtonCtrlClicked();
+    void selectRow(int row);
+    void selectCol(int col);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* e) override;
+    void wheelEvent(QWheelEvent* e) override;
+    bool handleNavigationKey(QKeyEvent* e) override;
+
+private:
+    // Scrolls one axis so that a line is in view; `what` 0 rows, 1 columns.
+    void scrollToPosition(int row, int col, bool only_if_outside_view, bool keep_cell_on_edge,
+                          int what);
+    void scrollAxisTo(bool rows, int index, bool only_if_outside_view, bool keep_cell_on_edge);
+    void snapAxis(bool rows);
+    void selectLines(bool rows, int line, bool add);
+    void extendLinesTo(bool rows, int line);
+    void measureFonts();
+
+    QUndoStack* undo_stack = nullptr;
+    HeaderView* horizontal_header = nullptr;
+    HeaderView* vertical_header = nullptr;
+    QVariantAnimation* row_animation = nullptr;
+    QVariantAnimation* col_animation = nullptr;
+    QTableWidget* measure_row = nullptr;
+    QTableWidget* measure_col = nullptr;
+    QTimer* wheel_snap_timer = nullptr;
+    int default_row_height = 24;
+    int default_col_width = 80;
+    int max_row_height = 240;
+    int max_col_width = 800;
+    bool auto_fit_rows = false;
+    bool auto_fit_cols = true;
+    bool snap_rows = true;
+    bool snap_cols = false;
+    int char_width = 8;
+    int header_char_width = 9;
+    int col_click_anchor = -1;
+    int row_click_anchor = -1;
+    RangeVector header_drag_base;
+    std::vector<int> animated_rows;
+    std::vector<int> animated_cols;
+    std::vector<int> animated_row_heights;
+    std::vector<int> animated_col_widths;
+};
