@@ -3,6 +3,7 @@
 #include "abstractdatacontainer.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -45,4 +46,38 @@ EncodingType detectByteOrder(EncodingType encoding, const QString& filepath) {
         trailing += p[i + 2] == 0 && p[i + 3] == 0;
     }
     return leading > trailing ? Utf32BEDetected : Utf32LEDetected;
+}
+
+std::optional<LineEndingType> detectLineEnding(const QString& filepath, EncodingType encoding) {
+    // Only regular files: a pipe or device would block the read.
+    if (filepath.isEmpty() || !QFileInfo(filepath).isFile()) return std::nullopt;
+    QFile file(filepath);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    const int width = encodingWidth(encoding);
+    const bool big_endian = encodingIsBigEndian(encoding);
+    // The code unit at index i, in the file's byte order.
+    auto unit = [&](const QByteArray& bytes, qsizetype i) -> uint32_t {
+        uint32_t v = 0;
+        for (int k = 0; k < width; ++k) {
+            const uint32_t b = uint8_t(bytes[i * width + k]);
+            v |= big_endian ? b << (8 * (width - 1 - k)) : b << (8 * k);
+        }
+        return v;
+    };
+    // Reads in blocks until the first line feed; a CR just before it makes CR LF.
+    constexpr qint64 kBlock = 1 << 16;
+    constexpr qint64 kLimit = 1 << 24;
+    uint32_t previous = 0;
+    for (qint64 read = 0; read < kLimit;) {
+        QByteArray block = file.read(kBlock);
+        if (block.isEmpty()) break;
+        read += block.size();
+        const qsizetype units = block.size() / width;
+        for (qsizetype i = 0; i < units; ++i) {
+            const uint32_t u = unit(block, i);
+            if (u == '\n') return previous == '\r' ? WindowsLineEnding : UnixLineEnding;
+            previous = u;
+        }
+    }
+    return std::nullopt;
 }

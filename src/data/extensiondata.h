@@ -14,6 +14,10 @@ struct ExtensionData {
     LineEndingType line_ending = UnixLineEnding;
     EncodingType encoding = Utf8;
     ParsingStandard parsing_standard = Rfc4180;
+    // The row leaves the line ending to the platform: a file opened under it
+    // keeps the line ending it came with, and only a new file takes the
+    // platform's.
+    bool line_ending_from_platform = true;
 
     bool operator==(const ExtensionData&) const = default;
 };

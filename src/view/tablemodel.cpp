@@ -590,20 +590,47 @@ void TableModel::setFindMatches(RangeVector matches) {
 void TableModel::updateStatusBarStats() {
     double sum = 0;
     qint64 count = 0;
-    auto visit = [&](int r, int c) {
-        const QString text = table_data.data(r, c).toString();
-        if (text.isEmpty()) return;
-        if (const auto v = readNumber(QStringView(text), true)) {
-            sum += *v;
-            ++count;
-        }
-    };
-    // Selections beyond the data hold no numbers; they are cut at its end.
+    // Selections beyond the data hold no numbers; each member is cut at the
+    // data's end and walked by itself, so the cost follows the selection,
+    // never the table. Past a few million cells the sums would hold the
+    // interface thread too long, and the label says so by its dashes.
     const int rows = table_data.numModelRows();
     const int cols = table_data.numModelColumns();
-    for (int r = 0; r < rows; ++r)
-        for (int c = 0; c < cols; ++c)
-            if (isCellSelected(r, c)) visit(r, c);
+    constexpr qint64 kMaxCells = 2000000;
+    qint64 cells = 0;
+    for (const Range& r : selection) {
+        const qint64 h = std::max(0, std::min(r.kind == Range::Cell || r.kind == Range::Row
+                                                  ? r.row
+                                                  : std::min(r.row_end, rows - 1),
+                                              rows - 1) -
+                                         r.row + 1);
+        const qint64 w = std::max(0, std::min(r.kind == Range::Cell || r.kind == Range::Column
+                                                  ? r.col
+                                                  : std::min(r.col_end, cols - 1),
+                                              cols - 1) -
+                                         r.col + 1);
+        cells += h * w;
+    }
+    if (cells <= kMaxCells) {
+        for (const Range& r : selection) {
+            const int r_end = r.kind == Range::Cell || r.kind == Range::Row
+                                  ? r.row
+                                  : std::min(r.row_end, rows - 1);
+            const int c_end = r.kind == Range::Cell || r.kind == Range::Column
+                                  ? r.col
+                                  : std::min(r.col_end, cols - 1);
+            for (int row = r.row; row <= std::min(r_end, rows - 1); ++row)
+                for (int col = r.col; col <= std::min(c_end, cols - 1); ++col) {
+                    if (r.kind != Range::Cell && !r.containsCell(row, col)) continue;
+                    const QString text = table_data.data(row, col).toString();
+                    if (text.isEmpty()) continue;
+                    if (const auto v = readNumber(QStringView(text), true)) {
+                        sum += *v;
+                        ++count;
+                    }
+                }
+        }
+    }
     if (count == 0) {
         emit updateStatsLabelSignal(QStringLiteral("Sum: -      Mean: -"));
         return;

@@ -1,0 +1,168 @@
+#pragma once
+
+#include "data/dialect.h"
+#include "data/extensiondata.h"
+#include "view/context.h"
+#include "view/theme.h"
+
+#include <QFileSystemWatcher>
+#include <QStringList>
+#include <QWidget>
+
+#include <functional>
+#include <vector>
+
+class FileMetadataWidget;
+class PaneView;
+class QLabel;
+class SideBar;
+class StatusBar;
+class TabBar;
+class TableView;
+class TitleBarButton;
+
+// What to do when another program changes an open file.
+enum RefreshBehavior : int32_t {
+    RefreshOnChange = 0,
+    AskOnChange = 1,
+    IgnoreChange = 2,
+    InvalidRefresh = 3
+};
+
+// The open tables of one window and every flow from a file name to a tab and
+// back: open, save, close, reload, rename, move, duplicate, delete, watching
+// the disk, and the recent files. Commands arrive as command... slots.
+class MainWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    QWidget* titleBar() const { return title_bar; }
+    QLabel* titleLabel() const { return title_label; }
+    PaneView* paneView() const { return pane_view; }
+    TabBar* tabBar() const { return tab_bar; }
+    SideBar* sideBar() const { return side_bar; }
+
+    TableView* currentView() const;
+    const std::vector<TableView*>& views() const { return table_views; }
+    TableView* viewForPath(const QString& filepath) const;
+    void setCurrentView(TableView* view);
+    QStringList recentFiles() const { return recent_filepath_list; }
+    QStringList watchedFiles() const { return file_watcher.files(); }
+
+    // Settings this window acts on, at their defaults until the settings
+    // files exist.
+    bool default_read_only = false;
+    int read_only_query_mb = 100;
+    RefreshBehavior refresh_behavior = RefreshOnChange;
+    bool retain_sort_and_filters = true;
+    qint64 asynchronous_threshold = 25165824;
+
+    // ---- File flows ----
+    // With `params`, the dialect is the given one rather than the extension's.
+    bool openFiles(const QStringList& filepath_list, const ExtensionData* params = nullptr);
+    bool openFile(const QString& filepath) { return openFiles({filepath}); }
+    TableView* addTableForFile(const QString& filepath, bool read_only,
+                               const ExtensionData* params);
+    TableView* newUntitledTable();
+    bool saveTable(TableView* view);
+    bool saveTableAs(TableView* view, const QString& filepath, bool visible_only);
+    void saveAll();
+    // False when the user cancelled; callers looping over tabs stop then.
+    bool closeFile(TableView* view);
+    bool closeFiles(const std::vector<TableView*>& list);
+    bool closeAll();
+    void reloadFile(TableView* view);
+    // Switching between read-only and editable loads the file again.
+    bool setReadOnly(TableView* view, bool read_only);
+    bool reloadWithParameters(TableView* view, const QString& delimiter, EncodingType encoding,
+                              ParsingStandard standard);
+    bool renameFile(const QString& filepath_old, const QString& filepath_new);
+    bool moveFileTo(const QString& src_filepath, const QString& folder);
+    bool duplicateFileTo(TableView* view, const QString& filepath);
+    bool deleteFile(TableView* view);
+    void openRecentFile(const QString& filepath);
+
+    // Chooses a path for a file dialog; tests answer it without a dialog.
+    using PathChooser = std::function<QString(const QString& title, const QString& start)>;
+    void setPathChooser(PathChooser chooser) { choose_path = std::move(chooser); }
+
+    void applyTheme(const Theme& theme);
+
+signals:
+    void minimizeButtonClickedSignal();
+    void maximizeButtonClickedSignal();
+    void closeButtonClickedSignal();
+    void setWindowTitleSignal(QString title);
+    void createNewInstanceSignal(bool setup_default_geometry, QStringList filepath_list);
+    void openTerminalToFilesDirectorySignal(QString folderpath);
+    void showFileInFileSystemSignal(QString filepath);
+    void mainWindowClosedSignal();
+
+public slots:
+    void commandNewFile();
+    void commandNewWindow();
+    void commandOpenFile();
+    void commandSaveFile();
+    void commandSaveFileAs();
+    void commandSaveVisibleDataAs();
+    void commandSaveAllFiles();
+    void commandCloseFile();
+    void commandCloseAllFiles();
+    void commandReloadFile();
+    void commandMoveFile();
+    void commandDuplicateFile();
+    void commandDeleteFile();
+    void commandRenameFile();
+    void commandShowFileInFileSystem();
+    void commandOpenTerminalToFilesDirectory();
+    void onFileChanged(const QString& filepath);
+    void onSaveStarted(const QString& filepath);
+    void onSaveFinished(const QString& filepath);
+    void resetFilepathSavedList();
+    void addContext(Context context, bool set_context = true);
+    void removeContext(Context context, bool set_context = true);
+
+protected:
+    void closeEvent(QCloseEvent* e) override;
+    void dragEnterEvent(QDragEnterEvent* e) override;
+    void dropEvent(QDropEvent* e) override;
+
+private:
+    void buildLayout();
+    void connectView(TableView* view);
+    void removeView(TableView* view);
+    void updateTitle();
+    void updateTab(TableView* view);
+    int indexOf(TableView* view) const;
+    void addRecent(const QString& filepath);
+    void removeRecent(const QString& filepath);
+    QString ask(const QString& text, const QStringList& buttons);
+    // Settles the dialect of a file to open and stores it on the view.
+    void settleDialect(TableView* view, const QString& filepath, const ExtensionData* params);
+    void loadView(TableView* view, const QString& filepath);
+    QString chooseSavePath(TableView* view, const QString& title);
+
+    QWidget* title_bar = nullptr;
+    QLabel* title_label = nullptr;
+    TitleBarButton* minimize_button = nullptr;
+    TitleBarButton* maximize_button = nullptr;
+    TitleBarButton* close_button = nullptr;
+    TabBar* tab_bar = nullptr;
+    SideBar* side_bar = nullptr;
+    PaneView* pane_view = nullptr;
+    FileMetadataWidget* metadata = nullptr;
+    StatusBar* status_bar = nullptr;
+
+    std::vector<TableView*> table_views; // in tab order
+    QFileSystemWatcher file_watcher;
+    QStringList filepath_saved_list;
+    QStringList recent_filepath_list;
+    QString default_open_folderpath;
+    quint32 context = TableOpen;
+    bool closing = false;
+    Theme theme;
+    PathChooser choose_path;
+};
