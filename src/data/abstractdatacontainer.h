@@ -117,6 +117,9 @@ public:
     bool saveTrailingDelimiters() const { return save_trailing_delimiters; }
     bool hasBom() const { return has_bom; }
     QByteArray byteOrderMark() const { return bom; }
+    // Why the last load or save failed, in words for the user; empty after
+    // one that worked.
+    QString errorString() const { return error_text; }
 
 signals:
     void startProgressUpdateSignal();
@@ -178,4 +181,5 @@ protected:
     bool has_bom = false;
     QByteArray bom;
     qint64 chunk_limit = csv::kChunkLimit;
+    QString error_text;
 };

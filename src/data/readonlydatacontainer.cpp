@@ -3,6 +3,7 @@
 #include "csvboundarymachine.h"
 #include "csvlinewriter.h"
 #include "narrowboundaryscanner.h"
+#include "regularfile.h"
 
 #include <QFile>
 
@@ -213,7 +214,10 @@ bool ReadOnlyDataContainer::loadCSV() {
     if (!file) file = std::make_unique<QFile>();
     file->close();
     file->setFileName(filepath_);
-    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return false;
+    error_text.clear();
+    const int opened = openRegularFile(filepath_, error_text);
+    if (opened < 0) return false;
+    file->open(opened, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle);
     file_size = file->size();
     if (file_size == 0) {
         file->close();
