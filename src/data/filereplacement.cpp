@@ -153,15 +153,15 @@ bool FileReplacement::createTemporary(bool direct) {
     const QByteArray base = target_name;
     for (int n = 0; n < kMaxTemporaryNames; ++n) {
         temp_name = n == 0 ? base + ".bak" : base + '.' + QByteArray::number(n) + ".bak";
-        int fd = -1;
+        const int fd = ::open(temp_name.constData(), flags, mode);
 #if defined(O_DIRECT)
-        if (direct) {
-            fd = ::open(temp_name.constData(), flags | O_DIRECT, mode);
-            direct_io = fd >= 0;
+        // Asked for after the open: a file system without direct transfer
+        // refuses an open with O_DIRECT only once it has created the file.
+        if (fd >= 0 && direct) {
+            const int now = ::fcntl(fd, F_GETFL);
+            direct_io = now >= 0 && ::fcntl(fd, F_SETFL, now | O_DIRECT) == 0;
         }
-        if (fd < 0 && (!direct || errno == EINVAL))
 #endif
-            fd = ::open(temp_name.constData(), flags, mode);
         if (fd >= 0) {
             temp_fd = fd;
             return true;
