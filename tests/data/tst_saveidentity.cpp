@@ -7,8 +7,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
-#include <fcntl.h>
 #include <grp.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -68,17 +66,6 @@ struct stat statOf(const QString& path) {
     return st;
 }
 
-QByteArray readFd(int fd) {
-    QByteArray out;
-    char buffer[4096];
-    for (off_t at = 0;;) {
-        const ssize_t n = ::pread(fd, buffer, sizeof buffer, at);
-        if (n <= 0) return out;
-        out.append(buffer, n);
-        at += n;
-    }
-}
-
 QByteArray linkText(const QString& path) {
     char buffer[4096];
     const ssize_t n = ::readlink(QFile::encodeName(path).constData(), buffer, sizeof buffer);
@@ -112,8 +99,7 @@ void TestSaveIdentity::keepsModeAndOwner_data() {
     QTest::newRow("0640, another user's, quick save") << 0640 << 65534 << false;
 }
 
-// The file is replaced by a rename, never written over: a descriptor opened
-// on the old file still reads all of the old content afterwards.
+// The file is replaced by a rename (a new inode), never written over.
 void TestSaveIdentity::keepsModeAndOwner() {
     QFETCH(int, mode);
     QFETCH(int, owner);
@@ -126,8 +112,6 @@ void TestSaveIdentity::keepsModeAndOwner() {
     if (owner >= 0) QCOMPARE(::chown(name.constData(), uid_t(owner), gid_t(owner)), 0);
     QCOMPARE(::chmod(name.constData(), mode_t(mode)), 0);
     const struct stat before = statOf(path);
-    const int old_fd = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
-    QVERIFY(old_fd >= 0);
 
     QVERIFY(saveNew(path, keep_backup));
     const struct stat after = statOf(path);
@@ -136,8 +120,6 @@ void TestSaveIdentity::keepsModeAndOwner() {
     QCOMPARE(after.st_uid, before.st_uid);
     QCOMPARE(after.st_gid, before.st_gid);
     QVERIFY(after.st_ino != before.st_ino);
-    QCOMPARE(readFd(old_fd), kOld);
-    ::close(old_fd);
     QCOMPARE(entries(folder), QStringList{"table.csv"});
 }
 
@@ -246,26 +228,26 @@ void TestSaveIdentity::ownerThatCannotBeKept() {
     QCOMPARE(entries(folder), QStringList{"table.csv"});
 }
 
+// A file at ".bak" alone is the writer test's case; here several names are
+// taken, by things that are not plain files, or beside a file saved by copy.
 void TestSaveIdentity::usersBakSurvives_data() {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<int>("taken"); // table.csv.bak, then table.csv.1.bak, ...
-    QTest::addColumn<bool>("keep_backup");
-    QTest::newRow("a file at .bak") << "file" << 1 << true;
-    QTest::newRow("a file at .bak, quick save") << "file" << 1 << false;
-    QTest::newRow("files at .bak and .1.bak") << "file" << 2 << true;
-    QTest::newRow("a folder at .bak") << "folder" << 1 << true;
-    QTest::newRow("a link at .bak to another file") << "link" << 1 << true;
+    QTest::addColumn<bool>("hard_linked");
+    QTest::newRow("files at .bak and .1.bak") << "file" << 2 << false;
+    QTest::newRow("a folder at .bak") << "folder" << 1 << false;
+    QTest::newRow("a link at .bak to another file") << "link" << 1 << false;
     QTest::newRow("a file at .bak, hard-linked file") << "file" << 1 << true;
 }
 
 void TestSaveIdentity::usersBakSurvives() {
     QFETCH(QString, kind);
     QFETCH(int, taken);
-    QFETCH(bool, keep_backup);
+    QFETCH(bool, hard_linked);
     const QString folder = freshFolder();
     const QString path = folder + "/table.csv";
     QVERIFY(writeFile(path, kOld));
-    if (QByteArray(QTest::currentDataTag()).contains("hard-linked"))
+    if (hard_linked)
         QCOMPARE(::link(QFile::encodeName(path).constData(),
                         QFile::encodeName(folder + "/second.csv").constData()),
                  0);
@@ -274,18 +256,17 @@ void TestSaveIdentity::usersBakSurvives() {
     QStringList names;
     for (int i = 0; i < taken; ++i) {
         names << (i == 0 ? path + ".bak" : path + '.' + QString::number(i) + ".bak");
+        const QByteArray name = QFile::encodeName(names.back());
         if (kind == "folder")
             QVERIFY(QDir().mkdir(names.back()));
         else if (kind == "link")
-            QCOMPARE(::symlink(QFile::encodeName(elsewhere).constData(),
-                               QFile::encodeName(names.back()).constData()),
-                     0);
+            QCOMPARE(::symlink(QFile::encodeName(elsewhere).constData(), name.constData()), 0);
         else
             QVERIFY(writeFile(names.back(), "mine " + QByteArray::number(i)));
     }
     const QStringList before = entries(folder);
 
-    QVERIFY(saveNew(path, keep_backup));
+    QVERIFY(saveNew(path, true));
     QCOMPARE(readFile(path), kNew);
     QCOMPARE(entries(folder), before);
     for (int i = 0; i < taken; ++i) {
