@@ -2,7 +2,9 @@
 
 #include "csvlinewriter.h"
 #include "fileparameters.h"
+#include "filereplacement.h"
 
+#include <QDir>
 #include <QFile>
 #include <QMutex>
 #include <QThread>
@@ -112,10 +114,10 @@ namespace {
 // pages was most of a large save's time, and varied twofold between runs.
 class BatchWriter {
 public:
-    // `durable`: the file will be synced at the end; buffered pages are then
-    // handed to the disk batch by batch, so that the final sync has little
-    // left to wait for. `direct`: the descriptor has O_DIRECT.
-    BatchWriter(int fd, bool durable, bool direct) : fd_(fd), durable_(durable), direct_(direct) {
+    // `direct`: the descriptor has O_DIRECT. Without it, since every save is
+    // synced at the end, buffered pages are handed to the disk batch by
+    // batch, so that the final sync has little left to wait for.
+    BatchWriter(int fd, bool direct) : fd_(fd), direct_(direct) {
         current_.reserve(kBatch + 65536);
         pending_.reserve(kBatch + 65536);
         if (direct_) {
@@ -133,6 +135,8 @@ public:
 
     SaveBuffer& batch() { return current_; }
     bool maybeFlush() { return current_.size() < kBatch ? !failed_.load() : handOff(); }
+    // The errno value of the first failed write, 0 when none failed.
+    int error() const { return error_.load(); }
     // Writes what is left and waits for the writer; false on any write error.
     bool flush() {
         if (!current_.empty()) handOff();
@@ -200,7 +204,7 @@ private:
         const off64_t at = off64_t(logical_size_ - n);
         if (!writeAll(p, n)) return false;
 #if defined(__linux__)
-        if (durable_) ::sync_file_range(fd_, at, off64_t(n), SYNC_FILE_RANGE_WRITE);
+        ::sync_file_range(fd_, at, off64_t(n), SYNC_FILE_RANGE_WRITE);
 #endif
         return true;
     }
@@ -211,7 +215,10 @@ private:
         const size_t padded = (carry_ + kBlock - 1) & ~(kBlock - 1);
         std::memset(staging_ + carry_, 0, padded - carry_);
         carry_ = 0;
-        return writeAll(staging_, padded) && ::ftruncate(fd_, off_t(logical_size_)) == 0;
+        if (!writeAll(staging_, padded)) return false;
+        if (::ftruncate(fd_, off_t(logical_size_)) == 0) return true;
+        noteError(errno);
+        return false;
     }
     bool writeAll(const char* p, size_t left) {
         while (left > 0) {
@@ -221,12 +228,17 @@ private:
                 // A file system may open for direct transfer and still refuse
                 // it; the rest then goes through the page cache.
                 if (errno == EINVAL && direct_ && dropDirect()) continue;
+                noteError(errno);
                 return false;
             }
             p += n;
             left -= size_t(n);
         }
         return true;
+    }
+    void noteError(int error) {
+        int none = 0;
+        error_.compare_exchange_strong(none, error);
     }
     bool dropDirect() {
 #if defined(O_DIRECT)
@@ -239,7 +251,6 @@ private:
     }
 
     int fd_;
-    bool durable_;
     bool direct_;
     size_t logical_size_ = 0;
     char* staging_ = nullptr;
@@ -251,6 +262,7 @@ private:
     bool pending_ready_ = false;
     bool done_ = false;
     std::atomic<bool> failed_{false};
+    std::atomic<int> error_{0};
     std::thread thread_;
 };
 
@@ -268,30 +280,32 @@ CsvLineWriter AbstractDataContainer::lineWriter() const {
                          encodingIsBigEndian(encoding));
 }
 
-bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
+bool AbstractDataContainer::save(bool, bool transposed, const IndexList& hidden_rows,
                                  const IndexList& hidden_columns) {
-    const QString target = keep_backup ? filepath_ + QStringLiteral(".bak") : filepath_;
-    const QByteArray target_name = QFile::encodeName(target);
-    if (filepath_.isEmpty()) return false;
-    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    bool direct = false;
-    int fd = -1;
-#if defined(O_DIRECT)
-    fd = ::open(target_name.constData(), flags | O_DIRECT, 0666);
-    direct = fd >= 0;
-#endif
-    if (fd < 0) fd = ::open(target_name.constData(), flags, 0666);
-    if (fd < 0) return false;
+    error_text.clear();
+    FileReplacement out(filepath_);
+    if (!out.open(true)) {
+        error_text = out.errorString();
+        return false;
+    }
+    if (out.byCopy() &&
+        isOpenSource(quint64(out.original().st_dev), quint64(out.original().st_ino))) {
+        error_text = tr("%1 has to be written in place (it has another name, or an owner that "
+                        "cannot be kept), and it is open read-only from that same file.")
+                         .arg(QDir::toNativeSeparators(out.targetPath()));
+        return false;
+    }
 
     bool ok = true;
+    int write_error = 0;
     try {
-        BatchWriter writer(fd, keep_backup, direct);
+        BatchWriter writer(out.handle(), out.isDirect());
         // A mark survives as long as the encoding still fits it.
         if (has_bom && !bom.isEmpty() && bomMatchesEncoding(bom, encoding))
             writer.batch().append(bom.constData(), size_t(bom.size()));
 
         const CsvLineWriter line_writer = lineWriter();
-        QByteArray out;
+        QByteArray line;
         if (!transposed) {
             const int n = storedLineCount();
             size_t h = 0;
@@ -309,26 +323,26 @@ bool AbstractDataContainer::save(bool keep_backup, bool transposed, const IndexL
                 while (h < hidden_columns.size() && hidden_columns[h] < column)
                     ++h;
                 if (h < hidden_columns.size() && hidden_columns[h] == column) continue;
-                columnToBytes(out, column, All, hidden_columns);
-                writer.batch().append(out.constData(), size_t(out.size()));
+                columnToBytes(line, column, All, hidden_columns);
+                writer.batch().append(line.constData(), size_t(line.size()));
                 ok = writer.maybeFlush();
             }
         }
         ok = ok && writer.flush();
+        write_error = writer.error();
     } catch (const std::exception&) {
-        ok = false; // no memory for the batches or no writer thread
+        error_text = tr("Not enough memory to save %1.").arg(QDir::toNativeSeparators(filepath_));
+        return false; // the temporary file goes with `out`; the old file is intact
     }
-    // The data must be on disk before the rename makes it the file: otherwise a
-    // crash after the rename could leave an empty file under the real name.
-    ok = ok && (!keep_backup || ::fsync(fd) == 0);
-    ok = (::close(fd) == 0) && ok;
     if (!ok) {
-        // A half-written ".bak" is ours, not the user's; the old file is intact.
-        if (keep_backup) ::unlink(target_name.constData());
+        error_text = tr("Cannot write %1: %2")
+                         .arg(QDir::toNativeSeparators(out.temporaryPath()),
+                              qt_error_string(write_error ? write_error : EIO));
         return false;
     }
-    if (!keep_backup) return true;
-    // rename() replaces the old file atomically, so at every instant the path
-    // holds either the complete old file or the complete new one.
-    return ::rename(target_name.constData(), QFile::encodeName(filepath_).constData()) == 0;
+    if (!out.commit()) {
+        error_text = out.errorString();
+        return false;
+    }
+    return true;
 }

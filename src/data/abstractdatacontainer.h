@@ -69,6 +69,9 @@ public:
     virtual void copyColumn(int from, int to);
     virtual bool saveAs(const QString& path, bool keep_backup, bool transposed,
                         const IndexList& hidden_rows, const IndexList& hidden_columns);
+    // Every save writes a complete temporary file beside the file and then
+    // replaces it (FileReplacement), so `keep_backup` no longer chooses the
+    // route: the quick save that goes without it is as safe as any other.
     virtual bool save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
                       const IndexList& hidden_columns);
     virtual void rowToBytes(QByteArray& out, int row, SelectionMode mode,
@@ -117,6 +120,9 @@ public:
     bool saveTrailingDelimiters() const { return save_trailing_delimiters; }
     bool hasBom() const { return has_bom; }
     QByteArray byteOrderMark() const { return bom; }
+    // Why the last load or save failed, in words for the user; empty after
+    // one that worked.
+    QString errorString() const { return error_text; }
 
 signals:
     void startProgressUpdateSignal();
@@ -149,6 +155,13 @@ protected:
         }
     }
 
+    // Whether the store reads its cells from this file (by device and inode)
+    // while it is open: such a file may be replaced, but not written over.
+    virtual bool isOpenSource(quint64 device, quint64 inode) const {
+        Q_UNUSED(device);
+        Q_UNUSED(inode);
+        return false;
+    }
     // Rows that exist in the store (not the logical count): what a save writes.
     virtual int storedLineCount() const { return rowCount(); }
     // One row of a non-transposed save appended to the output; a store may
@@ -178,4 +191,5 @@ protected:
     bool has_bom = false;
     QByteArray bom;
     qint64 chunk_limit = csv::kChunkLimit;
+    QString error_text;
 };

@@ -1,6 +1,7 @@
 #include "dialectdetection.h"
 
 #include "abstractdatacontainer.h"
+#include "regularfile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,8 +12,11 @@
 QString detectDelimiter(const QString& filepath) {
     const QString fallback = QStringLiteral(",");
     if (filepath.isEmpty()) return fallback;
-    QFile file(filepath);
-    if (!file.open(QIODevice::ReadOnly)) return fallback;
+    QString reason;
+    const int fd = openRegularFile(filepath, reason);
+    if (fd < 0) return fallback;
+    QFile file;
+    file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     const QByteArray sample = file.read(csv::kDelimiterSample);
 
     static constexpr std::array<char, 6> candidates = {',', '\t', '|', ';', '^', '\x1F'};
@@ -27,8 +31,11 @@ QString detectDelimiter(const QString& filepath) {
 
 EncodingType detectByteOrder(EncodingType encoding, const QString& filepath) {
     if (encoding != Utf16 && encoding != Utf32) return encoding;
-    QFile file(filepath);
-    if (!file.open(QIODevice::ReadOnly)) return encoding;
+    QString reason;
+    const int fd = openRegularFile(filepath, reason);
+    if (fd < 0) return encoding;
+    QFile file;
+    file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
     qint64 n = std::min(file.size(), csv::kByteOrderSample);
     n -= n % 4;
     const QByteArray sample = file.read(n);

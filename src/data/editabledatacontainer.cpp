@@ -3,7 +3,9 @@
 #include "csvlinewriter.h"
 #include "csvstatemachine.h"
 #include "narrowcsvscanner.h"
+#include "regularfile.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <algorithm>
@@ -325,8 +327,11 @@ bool EditableDataContainer::feedChunk(Engine& engine, MakeEngine& make_engine, C
 }
 
 template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine) {
-    QFile file(filepath_);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return false;
+    error_text.clear();
+    const int opened = openRegularFile(filepath_, error_text);
+    if (opened < 0) return false;
+    QFile file;
+    file.open(opened, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle);
     const int fd = file.handle();
     const qint64 size = file.size();
     file_size = size;
@@ -377,6 +382,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
         rows = RelocatableVector<Row>();
         row_count = 0;
         column_count = 0;
+        error_text = tr("Not enough memory to load %1.").arg(QDir::toNativeSeparators(filepath_));
         return false;
     }
     file.close();

@@ -3,6 +3,7 @@
 #include "csvboundarymachine.h"
 #include "csvlinewriter.h"
 #include "narrowboundaryscanner.h"
+#include "regularfile.h"
 
 #include <QFile>
 
@@ -213,7 +214,10 @@ bool ReadOnlyDataContainer::loadCSV() {
     if (!file) file = std::make_unique<QFile>();
     file->close();
     file->setFileName(filepath_);
-    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) return false;
+    error_text.clear();
+    const int opened = openRegularFile(filepath_, error_text);
+    if (opened < 0) return false;
+    file->open(opened, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle);
     file_size = file->size();
     if (file_size == 0) {
         file->close();
@@ -535,17 +539,10 @@ void ReadOnlyDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode m
         line_ending);
 }
 
-bool ReadOnlyDataContainer::save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
-                                 const IndexList& hidden_columns) {
-    if (!keep_backup && file && file->isOpen()) {
-        struct stat target {
-        }, source{};
-        if (::stat(QFile::encodeName(filepath_).constData(), &target) == 0 &&
-            ::fstat(file->handle(), &source) == 0 && target.st_dev == source.st_dev &&
-            target.st_ino == source.st_ino)
-            return false;
-    }
-    return AbstractDataContainer::save(keep_backup, transposed, hidden_rows, hidden_columns);
+bool ReadOnlyDataContainer::isOpenSource(quint64 device, quint64 inode) const {
+    struct stat source {};
+    return file && file->isOpen() && ::fstat(file->handle(), &source) == 0 &&
+           quint64(source.st_dev) == device && quint64(source.st_ino) == inode;
 }
 
 void ReadOnlyDataContainer::rowToBytesWide(QByteArray& out, int row, SelectionMode mode,

@@ -72,12 +72,6 @@ public:
     void getColumn(CellList& out, int column, SelectionMode mode,
                    const IndexList& rows) const override;
 
-    // Writing over the open source in place would truncate the file under the
-    // index: refused. With a backup name the new file replaces the old one by
-    // a rename, and the open descriptor keeps reading the old one.
-    bool save(bool keep_backup, bool transposed, const IndexList& hidden_rows,
-              const IndexList& hidden_columns) override;
-
     // One writer serves every width; the Wide forms delegate.
     void rowToBytes(QByteArray& out, int row, SelectionMode mode,
                     const IndexList& columns) const override;
@@ -108,6 +102,10 @@ public slots:
 
 protected:
     int storedLineCount() const override { return row_count; }
+    // A save that replaces the source by a rename leaves the open descriptor
+    // reading the old file, which the index describes; one that would write
+    // over it in place (a hard-linked source) is refused.
+    bool isOpenSource(quint64 device, quint64 inode) const override;
 
 private:
     struct ScanProgress;

@@ -94,6 +94,8 @@ public:
     AbstractDataContainer* dataContainer() const { return container.get(); }
     EncodingType encodingType() const { return encoding; }
     QString filepath() const { return container->filepath(); }
+    // Why the last load or save failed, for a message beside "File failed to save.".
+    QString errorString() const { return container->errorString(); }
     bool isWordSeparator(QChar c) const {
         return c.unicode() < 256 ? word_separator_table[c.unicode()] : false;
     }

@@ -4,6 +4,7 @@
 #include "data/readonlydatacontainer.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QStringEncoder>
@@ -11,6 +12,7 @@
 #include <QTest>
 
 #include <memory>
+#include <unistd.h>
 
 using Table = QList<QByteArrayList>;
 
@@ -366,9 +368,11 @@ private slots:
                  (QByteArrayList{"y", "", "z", ""}));
     }
 
-    // Nothing is edited, moved-in cells are dropped, and a save in place over
-    // the open source is refused: truncating it would lose what the index
-    // points into. By a rename it works, and the cells stay readable.
+    // Nothing is edited and moved-in cells are dropped. A save over the open
+    // source replaces it by a rename, quick save or not, and the cells stay
+    // readable from the old file. A source with a second hard link would have
+    // to be written over in place, under the index: that save is refused, and
+    // neither name changes.
     void refusals() {
         const QByteArray file = "a,b\n\"c,d\",e\n";
         auto c = open(file);
@@ -381,11 +385,27 @@ private slots:
         QVERIFY(moved.empty());
         c->insertColumn(0, CellList{Cell("y", 1)});
         const QString source = dir.filePath("in.csv");
-        QVERIFY(!c->saveAs(source, false, false, {}, {}));
+        c->setDelimiters(',', ';');
+        for (bool keep_backup : {false, true}) {
+            QVERIFY(c->saveAs(source, keep_backup, false, {}, {}));
+            QCOMPARE(readFile(source), QByteArray("a;b\nc,d;e\n"));
+            QCOMPARE(cells(*c), (Table{{"a", "b"}, {"c,d", "e"}}));
+        }
+
+        auto linked = open(file);
+        QVERIFY(linked);
+        const QString other = dir.filePath("other name.csv");
+        QFile::remove(other);
+        QCOMPARE(
+            ::link(QFile::encodeName(source).constData(), QFile::encodeName(other).constData()), 0);
+        linked->setDelimiters(',', ';');
+        QVERIFY(!linked->save(true, false, {}, {}));
+        QVERIFY(!linked->errorString().isEmpty());
         QCOMPARE(readFile(source), file);
-        QVERIFY(c->saveAs(source, true, false, {}, {}));
-        QCOMPARE(readFile(source), file);
-        QCOMPARE(cells(*c), (Table{{"a", "b"}, {"c,d", "e"}}));
+        QCOMPARE(readFile(other), file);
+        QCOMPARE(cells(*linked), (Table{{"a", "b"}, {"c,d", "e"}}));
+        QVERIFY(!QFileInfo::exists(source + ".bak"));
+        QFile::remove(other);
     }
 
     // Shown positions and saves go through the maps; raw reads, getRow and
