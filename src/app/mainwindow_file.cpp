@@ -49,6 +49,12 @@ bool MainWindow::openFiles(const QStringList& filepath_list, const ExtensionData
             side_bar->addFolder(info.absoluteFilePath());
             continue;
         }
+        if (!info.isFile()) {
+            // A pipe, a device or a vanished file: nothing to read as a table.
+            MsgBox::inform(this, QStringLiteral("Gridmere"),
+                           QStringLiteral("This file could not be opened:\n%1").arg(path));
+            continue;
+        }
         bool read_only = default_read_only;
         {
             // A file that cannot be opened for appending is write-protected
@@ -149,6 +155,14 @@ TableView* MainWindow::addTableForFile(const QString& filepath, bool read_only,
     const int index = tab_bar->addTab(info.fileName());
     tab_bar->setTabFile(index, info.fileName(), info.absoluteFilePath());
     loadView(view, info.absoluteFilePath());
+    if (!view->model()->tableData().isLoading() &&
+        !view->model()->tableData().errorString().isEmpty()) {
+        MsgBox::inform(this, QStringLiteral("Gridmere"),
+                       QStringLiteral("This file could not be opened:\n%1")
+                           .arg(view->model()->tableData().errorString()));
+        removeView(view);
+        return nullptr;
+    }
     file_watcher.addPath(info.absoluteFilePath());
     default_open_folderpath = info.absolutePath();
     return view;

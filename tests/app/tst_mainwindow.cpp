@@ -5,6 +5,7 @@
 #include "widgets/msgbox.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
@@ -249,6 +250,22 @@ private slots:
         QTest::qWait(1000);
         writeFromOutside(p, "b\n");
         QTRY_COMPARE(asked.size(), 1);
+    }
+
+    void unreadableFilesOpenNothing() {
+        MainWindow w;
+        const QString fifo = path("pipe.csv");
+        QVERIFY(QProcess::execute("mkfifo", {fifo}) == 0);
+        const QString plain = write("plain.csv", "a\n");
+        answer({"OK", "OK"});
+        QElapsedTimer t;
+        t.start();
+        QVERIFY(!w.openFiles({fifo}));
+        QVERIFY(t.elapsed() < 1000); // no read that waits for a writer
+        QCOMPARE(asked.size(), 1);
+        QVERIFY(asked[0].startsWith("This file could not be opened:"));
+        QCOMPARE(w.views().size(), size_t(1)); // the start-up table stays
+        QVERIFY(w.openFile(plain));            // and the window goes on working
     }
 
     void failedSaveLosesNothing() {
