@@ -203,6 +203,17 @@ public:
         }
         setCellSlow(row, column, bytes, size, false);
     }
+    // The same for bytes that may be read 16 at a time (see the scanner).
+    Q_ALWAYS_INLINE void setCellPadded(qint64 row, qint64 column, const char* bytes, size_t size) {
+        if (Q_LIKELY(row == current_row_ && column < *column_count_ && column >= scratch_.size())) {
+            if (size) {
+                if (column > scratch_.size()) scratch_.appendEmpty(int(column) - scratch_.size());
+                scratch_.appendPadded(bytes, size);
+            }
+            return;
+        }
+        setCellSlow(row, column, bytes, size, false);
+    }
     void setQuotedCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         setCellSlow(row, column, bytes, size, true);
     }

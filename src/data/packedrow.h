@@ -203,7 +203,22 @@ public:
         ends_.push_back(size_);
     }
     void append(QByteArrayView v) { append(v.data(), size_t(v.size())); }
-    void appendEmpty(int count) { ends_.insert(ends_.end(), size_t(count), size_); }
+    // As append, for bytes that may be read 16 at a time from `p`: a short
+    // cell is then one fixed-size move, with no branch on its length.
+    Q_ALWAYS_INLINE void appendPadded(const char* p, size_t n) {
+        if (Q_UNLIKELY(capacity_ - size_ < n + 16)) grow(n + 16);
+        if (Q_LIKELY(n <= 16))
+            std::memcpy(data_ + size_, p, 16);
+        else
+            std::memcpy(data_ + size_, p, n);
+        size_ += n;
+        ends_.push_back(size_);
+    }
+    // Gaps in a line are mostly a single missing cell.
+    Q_ALWAYS_INLINE void appendEmpty(int count) {
+        for (int i = 0; i < count; ++i)
+            ends_.push_back(size_);
+    }
     // Drops the cells from position n on (their marks stay).
     void truncate(int n) {
         if (n >= size()) return;
