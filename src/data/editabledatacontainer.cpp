@@ -145,6 +145,18 @@ private:
 
 constexpr int kReleaseInBackgroundRows = 100000;
 
+// Rows freed in bulk lie anywhere in the heap, between blocks still in use,
+// where the allocator keeps them for reuse. Past this many, their whole pages
+// are handed back to the system as well, so that removing a large block of
+// rows shows in the process size and not only in later reuse.
+void giveBackFreedRows(int rows) {
+#if defined(__GLIBC__)
+    if (rows >= kReleaseInBackgroundRows) ::malloc_trim(0);
+#else
+    Q_UNUSED(rows);
+#endif
+}
+
 void releaseRows(RelocatableVector<PackedRow>& rows) {
     if (rows.size() < kReleaseInBackgroundRows) return;
     try {
@@ -620,7 +632,11 @@ bool EditableDataContainer::setCell(int row, int column, QByteArrayView bytes, b
 
 bool EditableDataContainer::setRowCount(int n) {
     if (n < 0) return false;
-    if (n < rows.size()) rows.resize(n);
+    if (n < rows.size()) {
+        const int cut = rows.size() - n;
+        rows.resize(n);
+        giveBackFreedRows(cut);
+    }
     row_count = n;
     return true;
 }
@@ -793,7 +809,11 @@ bool EditableDataContainer::removeRows(int row, int count) {
     if (count < 1 || row < 0) return false;
     if (row >= row_count) return true;
     count = std::min(count, row_count - row);
-    if (row < rows.size()) rows.erase(row, std::min(count, rows.size() - row));
+    if (row < rows.size()) {
+        const int stored = std::min(count, rows.size() - row);
+        rows.erase(row, stored);
+        giveBackFreedRows(stored);
+    }
     row_count -= count;
     return true;
 }
