@@ -105,7 +105,7 @@ public:
     // The bytes may overlap the row's own.
     void overwrite(int i, const char* bytes) noexcept {
         const QByteArrayView c = cell(i);
-        std::memmove(const_cast<char*>(c.data()), bytes, size_t(c.size()));
+        if (!c.isEmpty()) std::memmove(const_cast<char*>(c.data()), bytes, size_t(c.size()));
         clearMark(i);
     }
     void clearMark(int i) noexcept {
