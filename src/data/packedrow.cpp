@@ -24,7 +24,7 @@ template <class T> PackedRow PackedRowBuilder::buildWith() const {
     int marked = std::min(marked_, int(marks_.size() * 64));
     while (marked > 0 && !isMarked(marked - 1))
         --marked;
-    const size_t count = ends_.size();
+    const size_t count = size_t(ends_.size());
     const size_t w = sizeof(T);
     const size_t header = 1 + w * (marked ? 3 : 2);
     const size_t mark_bytes = (size_t(marked) + 7) / 8;
@@ -49,7 +49,7 @@ template <class T> PackedRow PackedRowBuilder::buildWith() const {
     if (size_) std::memcpy(data, data_, size_);
     uint8_t* ends = data + size_;
     for (size_t i = 0; i < count; ++i)
-        put(ends + i * w, ends_[i]);
+        put(ends + i * w, ends_[int(i)]);
     uint8_t* m = ends + count * w;
     for (size_t k = 0; k < mark_bytes; ++k)
         m[k] = uint8_t(marks_[k >> 3] >> ((k & 7) * 8));
@@ -63,7 +63,8 @@ PackedRow PackedRowBuilder::build() const {
                                                    [](uint64_t word) { return word != 0; });
     if (ends_.empty() && !marked) return PackedRow();
     // The offsets' width covers the count, the bytes and the marked positions.
-    const uint64_t largest = std::max<uint64_t>({size_, ends_.size(), uint64_t(marked_)});
+    const uint64_t largest =
+        std::max<uint64_t>({uint64_t(size_), uint64_t(ends_.size()), uint64_t(marked_)});
     if (largest <= UINT8_MAX) return buildWith<uint8_t>();
     if (largest <= UINT16_MAX) return buildWith<uint16_t>();
     if (largest <= UINT32_MAX) return buildWith<uint32_t>();

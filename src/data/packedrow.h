@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cell.h"
+#include "relocatablevector.h"
 
 #include <QByteArrayView>
 #include <QtGlobal>
@@ -185,13 +186,13 @@ public:
         marks_.clear();
         marked_ = 0;
     }
-    int size() const noexcept { return int(ends_.size()); }
+    int size() const noexcept { return ends_.size(); }
     size_t bytes() const noexcept { return size_; }
     void swap(PackedRowBuilder& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(capacity_, other.capacity_);
-        ends_.swap(other.ends_);
+        std::swap(ends_, other.ends_);
         marks_.swap(other.marks_);
         std::swap(marked_, other.marked_);
     }
@@ -200,7 +201,7 @@ public:
         if (Q_UNLIKELY(capacity_ - size_ < n)) grow(n);
         copySmall(data_ + size_, p, n);
         size_ += n;
-        ends_.push_back(size_);
+        ends_.emplace_back(size_);
     }
     void append(QByteArrayView v) { append(v.data(), size_t(v.size())); }
     // As append, for bytes that may be read 16 at a time from `p`: a short
@@ -212,29 +213,29 @@ public:
         else
             std::memcpy(data_ + size_, p, n);
         size_ += n;
-        ends_.push_back(size_);
+        ends_.emplace_back(size_);
     }
     // Gaps in a line are mostly a single missing cell.
     Q_ALWAYS_INLINE void appendEmpty(int count) {
         for (int i = 0; i < count; ++i)
-            ends_.push_back(size_);
+            ends_.emplace_back(size_);
     }
     // Drops the cells from position n on (their marks stay).
     void truncate(int n) {
         if (n >= size()) return;
-        size_ = n ? size_t(ends_[size_t(n - 1)]) : 0;
-        ends_.resize(size_t(n));
+        size_ = n ? size_t(ends_[n - 1]) : 0;
+        ends_.resize(n);
     }
     // Cell i (< size()) becomes [p, p + n); p must not point into the builder.
     void replace(int i, const char* p, size_t n) {
-        const size_t start = i ? size_t(ends_[size_t(i - 1)]) : 0;
-        const size_t end = size_t(ends_[size_t(i)]);
+        const size_t start = i ? size_t(ends_[i - 1]) : 0;
+        const size_t end = size_t(ends_[i]);
         if (n > end - start && capacity_ - size_ < n - (end - start)) grow(n - (end - start));
         std::memmove(data_ + start + n, data_ + end, size_ - end);
         if (n) std::memcpy(data_ + start, p, n);
         const uint64_t delta = uint64_t(n) - uint64_t(end - start); // modular
         size_ += size_t(delta);
-        for (size_t k = size_t(i); k < ends_.size(); ++k)
+        for (int k = i; k < ends_.size(); ++k)
             ends_[k] += delta;
     }
     // Cells [from, to) of a row, appended; marks are copied separately.
@@ -298,7 +299,7 @@ private:
     char* data_ = nullptr;
     size_t size_ = 0;
     size_t capacity_ = 0;
-    std::vector<uint64_t> ends_;
+    RelocatableVector<uint64_t> ends_; // the per-field path inlines its growth check
     std::vector<uint64_t> marks_;
     int marked_ = 0; // one past the highest position ever marked
 };
