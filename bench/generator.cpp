@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -47,10 +48,16 @@ void appendDecimal(std::string& s, SplitMix64& rng, int max_int, bool negative_a
     appendInt(s, cents);
 }
 
-void appendText(std::string& s, SplitMix64& rng) {
+// One field of a row, and whether a writer that quotes non-numeric fields
+// would leave it bare.
+struct Field {
+    std::string text;
+    bool numeric = false;
+};
+
+void appendText(std::string& body, SplitMix64& rng) {
     const int kind = int(rng.below(10));
     if (kind == 0) return; // empty
-    std::string body;
     const int words = 2 + int(rng.below(7));
     for (int i = 0; i < words; ++i) {
         if (i) body += (rng.below(6) == 0) ? ", " : " ";
@@ -58,54 +65,113 @@ void appendText(std::string& s, SplitMix64& rng) {
     }
     if (kind == 1) body += " \"quoted\" part";
     if (kind == 2) body += "\nsecond line";
-    // Quoted only where the format needs it, as a minimal writer does, so
-    // that the file saves back to the same bytes.
-    if (body.find_first_of(",\"\n") == std::string::npos) {
-        s += body;
+}
+
+// As Python's csv writer does it: minimal quoting only where the format needs
+// it, or every field, or every field but the numbers. An empty number (a
+// missing value) stays bare even then, while an empty text gets its quotes.
+void appendField(std::string& s, const Field& f, CsvQuoting quoting) {
+    const bool quote = quoting == CsvQuoting::All ||
+                       (quoting == CsvQuoting::NonNumeric && !f.numeric) ||
+                       f.text.find_first_of(",\"\r\n") != std::string::npos;
+    if (!quote) {
+        s += f.text;
         return;
     }
     s += '"';
-    for (char c : body) {
+    for (char c : f.text) {
         if (c == '"') s += '"';
         s += c;
     }
     s += '"';
 }
 
+void appendRow(std::string& s, const std::vector<Field>& row, CsvQuoting quoting, bool crlf) {
+    for (size_t i = 0; i < row.size(); ++i) {
+        if (i) s += ',';
+        appendField(s, row[i], quoting);
+    }
+    s += crlf ? "\r\n" : "\n";
+}
+
+void mixedHeader(std::vector<Field>& row) {
+    for (const char* name : {"id", "quantity", "price", "date", "word", "name", "description",
+                             "category", "note", "amount"})
+        row.push_back({name, false});
+}
+
+// The random draws are made in the same order as ever, so a seed gives the
+// same minimally quoted file as before the other quotings existed.
+void mixedRow(std::vector<Field>& row, SplitMix64& rng, long long id) {
+    row.assign(10, Field());
+    appendInt(row[0].text, id);
+    row[0].numeric = true;
+    if (rng.below(20)) appendInt(row[1].text, (long long)rng.below(200000) - 1000);
+    row[1].numeric = true;
+    appendDecimal(row[2].text, rng, 10000, false);
+    row[2].numeric = true;
+    char date[16];
+    std::snprintf(date, sizeof date, "%04d-%02d-%02d", 1990 + int(rng.below(36)),
+                  1 + int(rng.below(12)), 1 + int(rng.below(28)));
+    row[3].text = date;
+    row[4].text = pick(rng, kWords);
+    row[5].text = pick(rng, kFirst);
+    row[5].text += ' ';
+    row[5].text += pick(rng, kLast);
+    appendText(row[6].text, rng);
+    row[7].text = pick(rng, kCategories);
+    if (rng.below(8) == 0) row[8].text = pick(rng, kWords);
+    appendDecimal(row[9].text, rng, 100000, true);
+    row[9].numeric = true;
+}
+
+constexpr int kNumericColumns = 20;
+
+void numericHeader(std::vector<Field>& row) {
+    for (int c = 0; c < kNumericColumns; ++c) {
+        Field f;
+        f.text = 'c';
+        appendInt(f.text, c + 1);
+        row.push_back(f);
+    }
+}
+
+// Even columns hold integers below 100, odd ones two-decimal numbers below
+// 10 (readings, counts, scores); about one cell in eight is missing. Cells
+// of two to four bytes are where a per-cell cost shows most.
+void numericRow(std::vector<Field>& row, SplitMix64& rng) {
+    row.assign(kNumericColumns, Field());
+    for (int c = 0; c < kNumericColumns; ++c) {
+        Field& f = row[size_t(c)];
+        f.numeric = true;
+        if (rng.below(8) == 0) continue;
+        if (c % 2 == 0)
+            appendInt(f.text, (long long)rng.below(100));
+        else
+            appendDecimal(f.text, rng, 10, false);
+    }
+}
+
 } // namespace
 
-bool generateMixedCsv(std::FILE* out, qint64 bytes, quint64 seed) {
+bool generateCsv(std::FILE* out, qint64 bytes, quint64 seed, CsvShape shape, CsvQuoting quoting,
+                 bool crlf) {
     SplitMix64 rng{seed};
     std::string buf;
     buf.reserve(1 << 20);
-    buf += "id,quantity,price,date,word,name,description,category,note,amount\n";
+    std::vector<Field> row;
+    if (shape == CsvShape::Numeric)
+        numericHeader(row);
+    else
+        mixedHeader(row);
+    appendRow(buf, row, quoting, crlf);
     qint64 written = 0;
     for (long long id = 1; written + qint64(buf.size()) < bytes; ++id) {
-        appendInt(buf, id);
-        buf += ',';
-        if (rng.below(20)) appendInt(buf, (long long)rng.below(200000) - 1000);
-        buf += ',';
-        appendDecimal(buf, rng, 10000, false);
-        buf += ',';
-        char date[16];
-        std::snprintf(date, sizeof date, "%04d-%02d-%02d", 1990 + int(rng.below(36)),
-                      1 + int(rng.below(12)), 1 + int(rng.below(28)));
-        buf += date;
-        buf += ',';
-        buf += pick(rng, kWords);
-        buf += ',';
-        buf += pick(rng, kFirst);
-        buf += ' ';
-        buf += pick(rng, kLast);
-        buf += ',';
-        appendText(buf, rng);
-        buf += ',';
-        buf += pick(rng, kCategories);
-        buf += ',';
-        if (rng.below(8) == 0) buf += pick(rng, kWords);
-        buf += ',';
-        appendDecimal(buf, rng, 100000, true);
-        buf += '\n';
+        if (shape == CsvShape::Numeric)
+            numericRow(row, rng);
+        else
+            mixedRow(row, rng, id);
+        appendRow(buf, row, quoting, crlf);
         if (buf.size() >= (1u << 20)) {
             if (std::fwrite(buf.data(), 1, buf.size(), out) != buf.size()) return false;
             written += qint64(buf.size());
@@ -113,4 +179,8 @@ bool generateMixedCsv(std::FILE* out, qint64 bytes, quint64 seed) {
         }
     }
     return std::fwrite(buf.data(), 1, buf.size(), out) == buf.size();
+}
+
+bool generateMixedCsv(std::FILE* out, qint64 bytes, quint64 seed) {
+    return generateCsv(out, bytes, seed, CsvShape::Mixed, CsvQuoting::Minimal, false);
 }

@@ -43,7 +43,8 @@ struct Options {
 };
 
 int usage() {
-    std::fprintf(stderr, "usage: gridmere-bench generate OUT --bytes N [--seed S]\n"
+    std::fprintf(stderr, "usage: gridmere-bench generate OUT --bytes N [--seed S] "
+                         "[--shape mixed|numeric] [--quote minimal|all|nonnumeric] [--crlf]\n"
                          "       gridmere-bench load FILE [--delimiter D] [--encoding NAME] "
                          "[--standard NAME] [--read-only]\n"
                          "       gridmere-bench cells FILE [same options]\n"
@@ -51,9 +52,12 @@ int usage() {
                          "       gridmere-bench asyncload FILE [same options] "
                          "[--close-after-ms N]\n"
                          "       gridmere-bench readcells FILE [same options] [--count N]\n"
+                         "       gridmere-bench rewrite FILE [same options] [--column C] "
+                         "[--longer]\n"
+                         "       gridmere-bench churn [--rows N] [--cycles K] [--columns C]\n"
                          "       gridmere-bench sort KEYFILE\n"
                          "       gridmere-bench model FILE\n"
-                         "       gridmere-bench view FILE\n");
+                         "       gridmere-bench view FILE [--frames N]\n");
     return 2;
 }
 
@@ -269,19 +273,131 @@ int commandGenerate(const QStringList& args) {
     QString out;
     qint64 bytes = 0;
     quint64 seed = 1;
+    CsvShape shape = CsvShape::Mixed;
+    CsvQuoting quoting = CsvQuoting::Minimal;
+    bool crlf = false;
     for (int i = 0; i < args.size(); ++i) {
-        if (args[i] == "--bytes" && i + 1 < args.size())
+        const QString next = i + 1 < args.size() ? args[i + 1] : QString();
+        if (args[i] == "--bytes" && i + 1 < args.size()) {
             bytes = args[++i].toLongLong();
-        else if (args[i] == "--seed" && i + 1 < args.size())
+        } else if (args[i] == "--seed" && i + 1 < args.size()) {
             seed = args[++i].toULongLong();
-        else
+        } else if (args[i] == "--shape" && (next == "mixed" || next == "numeric")) {
+            shape = next == "numeric" ? CsvShape::Numeric : CsvShape::Mixed;
+            ++i;
+        } else if (args[i] == "--quote" &&
+                   (next == "minimal" || next == "all" || next == "nonnumeric")) {
+            quoting = next == "all"          ? CsvQuoting::All
+                      : next == "nonnumeric" ? CsvQuoting::NonNumeric
+                                             : CsvQuoting::Minimal;
+            ++i;
+        } else if (args[i] == "--crlf") {
+            crlf = true;
+        } else if (args[i].startsWith("--")) {
+            return usage();
+        } else {
             out = args[i];
+        }
     }
     if (out.isEmpty() || bytes <= 0) return usage();
     std::FILE* f = std::fopen(QFile::encodeName(out).constData(), "wb");
     if (!f) return 1;
-    const bool ok = generateMixedCsv(f, bytes, seed);
+    const bool ok = generateCsv(f, bytes, seed, shape, quoting, crlf);
     return (std::fclose(f) == 0 && ok) ? 0 : 1;
+}
+
+long long currentRssBytes() {
+    long pages = 0, resident = 0;
+    if (std::FILE* f = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = 0;
+        std::fclose(f);
+    }
+    return (long long)resident * 4096;
+}
+
+// Loads the file, then rewrites one cell in every row of a column, as a
+// transform or a replace over a whole column does. Same length by default
+// (the cell's bytes reversed), or two bytes longer with --longer.
+int commandRewrite(QStringList args) {
+    int column = 0;
+    bool longer = false;
+    const int at = int(args.indexOf("--column"));
+    if (at >= 0 && at + 1 < args.size()) {
+        column = args[at + 1].toInt();
+        args.remove(at, 2);
+    }
+    if (args.removeAll("--longer") > 0) longer = true;
+    Options o;
+    if (!parseOptions(args, 1, o)) return usage();
+    auto c = makeContainer(o);
+    auto* ed = qobject_cast<EditableDataContainer*>(c.get());
+    if (!ed || !ed->loadCSV()) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(o.file));
+        return 1;
+    }
+    const long long before = currentRssBytes();
+    const int rows = ed->rowCount();
+    QByteArray value;
+    QElapsedTimer t;
+    t.start();
+    for (int r = 0; r < rows; ++r) {
+        const QByteArrayView old = ed->cellView(r, column);
+        value.resize(old.size());
+        for (qsizetype k = 0; k < old.size(); ++k)
+            value[k] = old[old.size() - 1 - k];
+        if (longer) value.append("+1");
+        ed->setCell(r, column, value);
+    }
+    const double seconds = double(t.nsecsElapsed()) / 1e9;
+    std::printf("op=rewrite rows=%d column=%d longer=%d seconds=%.3f ns_per_cell=%.1f "
+                "rss_before=%lld rss_after=%lld peak_rss_bytes=%lld\n",
+                rows, column, int(longer), seconds, rows ? seconds * 1e9 / rows : 0.0, before,
+                currentRssBytes(), peakRssBytes());
+    return 0;
+}
+
+// Inserts N rows of C short cells in the middle of a table and removes them
+// again, K times: the peak after the last cycle should be that of the first.
+int commandChurn(QStringList args) {
+    int rows = 1000000, cycles = 20, columns = 10;
+    for (int i = 0; i + 1 < args.size(); i += 2) {
+        if (args[i] == "--rows")
+            rows = args[i + 1].toInt();
+        else if (args[i] == "--cycles")
+            cycles = args[i + 1].toInt();
+        else if (args[i] == "--columns")
+            columns = args[i + 1].toInt();
+        else
+            return usage();
+    }
+    EditableDataContainer c;
+    // A table to insert into: a tenth of the churned rows, kept throughout.
+    const int base = std::max(rows / 10, 1);
+    auto fill = [&](int from, int count) {
+        for (int r = from; r < from + count; ++r) {
+            CellList cells;
+            for (int k = 0; k < columns; ++k)
+                cells.emplace_back(QByteArrayView(QByteArray::number(r * 7 + k * 13 % 100000)));
+            c.setRow(r, std::move(cells));
+        }
+    };
+    fill(0, base);
+    long long first_peak = 0;
+    QElapsedTimer t;
+    t.start();
+    for (int k = 1; k <= cycles; ++k) {
+        const int at = base / 2;
+        c.insertRows(at, rows);
+        fill(at, rows);
+        c.removeRows(at, rows);
+        if (k == 1) first_peak = peakRssBytes();
+        std::printf("op=churn cycle=%d rows=%d table_rows=%d rss=%lld peak_rss_bytes=%lld\n", k,
+                    rows, c.rowCount(), currentRssBytes(), peakRssBytes());
+    }
+    std::printf("op=churn cycles=%d seconds=%.3f first_peak=%lld last_peak=%lld growth=%.3f\n",
+                cycles, double(t.nsecsElapsed()) / 1e9, first_peak, peakRssBytes(),
+                first_peak ? double(peakRssBytes()) / double(first_peak) : 0.0);
+    return 0;
 }
 
 } // namespace
@@ -300,5 +416,7 @@ int main(int argc, char** argv) {
     if (command == "save" && parseOptions(args, 2, o)) return commandSave(o);
     if (command == "readcells") return commandReadCells(args);
     if (command == "asyncload") return commandAsyncLoad(args);
+    if (command == "rewrite") return commandRewrite(args);
+    if (command == "churn") return commandChurn(args);
     return usage();
 }

@@ -4,7 +4,7 @@
 // without a delimiter, at its own width and at width 1), and each result must
 // equal the unit-by-unit state machine run over the whole input in memory:
 // for width 1 that checks the fast scanner, for every width it checks the
-// chunk seams and the byte order mark.
+// chunk seams and the byte order mark. The cells' quote marks must agree too.
 #include "data/csvstatemachine.h"
 #include "data/editabledatacontainer.h"
 #include "data/fileparameters.h"
@@ -35,6 +35,9 @@ public:
     bool lineStart(qint64) { return true; }
     void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         c_.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)));
+    }
+    void setQuotedCell(qint64 row, qint64 column, const char* bytes, size_t size) {
+        c_.setCell(int(row), int(column), QByteArrayView(bytes, qsizetype(size)), true);
     }
 
 private:
@@ -81,6 +84,8 @@ void compare(const EditableDataContainer& got, const EditableDataContainer& want
         check(got.storedCellCount(r) <= got.columnCount(), "row longer than the column count");
         for (int c = 0; c < got.storedCellCount(r); ++c)
             check(got.cellView(r, c) == want.cellView(r, c), "cell differs from the state machine");
+        for (int c = 0; c < got.columnCount(); ++c)
+            check(got.isQuoted(r, c) == want.isQuoted(r, c), "quote mark differs");
     }
 }
 

@@ -13,11 +13,16 @@
 //
 // Sixteen bytes in all: up to 15 bytes live inline and cost no allocation,
 // which covers ids, numbers, dates and most words. Longer contents go to an
-// exactly sized heap block. Byte 15 tells the two apart: 0..15 is the inline
-// length, 0xFF marks a heap cell whose length sits in the lower 56 bits of the
-// second word. A zero-filled Cell is the empty cell, so arrays of cells can be
-// grown with memset and moved with memcpy/realloc (the type is trivially
-// relocatable by construction: no pointer into itself).
+// exactly sized heap block. Byte 15 tells the two apart: its low five bits are
+// the inline length, 0xFF marks a heap cell whose length sits in the lower 55
+// bits of the second word.
+//
+// A cell also carries one bit the store hands out with it: whether the file
+// had the cell in quotes. It rides along when cells move between rows (undo,
+// column moves), and any new content drops it: a changed cell is quoted by the
+// save dialect's rule alone. Equality looks at the bytes only. A zero-filled Cell is the empty
+// cell, so arrays of cells can be grown with memset and moved with memcpy/realloc (the type is
+// trivially relocatable by construction: no pointer into itself).
 class Cell {
 public:
     static constexpr int kInlineCapacity = 15;
@@ -25,7 +30,10 @@ public:
     Cell() noexcept { clearRaw(); }
     explicit Cell(QByteArrayView bytes) { initFrom(bytes.data(), size_t(bytes.size())); }
     Cell(const char* bytes, size_t size) { initFrom(bytes, size); }
-    Cell(const Cell& other) { initFrom(other.data(), other.size()); }
+    Cell(const Cell& other) {
+        initFrom(other.data(), other.size());
+        setQuoted(other.isQuoted());
+    }
     Cell(Cell&& other) noexcept {
         std::memcpy(raw_, other.raw_, sizeof raw_);
         other.clearRaw();
@@ -33,7 +41,10 @@ public:
     ~Cell() { release(); }
 
     Cell& operator=(const Cell& other) {
-        if (this != &other) assign(other.data(), other.size());
+        if (this != &other) {
+            assign(other.data(), other.size());
+            setQuoted(other.isQuoted());
+        }
         return *this;
     }
     Cell& operator=(Cell&& other) noexcept {
@@ -54,12 +65,30 @@ public:
 
     bool isHeap() const noexcept { return uint8_t(raw_[15]) == kHeapTag; }
     size_t size() const noexcept {
-        if (!isHeap()) return uint8_t(raw_[15]);
+        if (!isHeap()) return uint8_t(raw_[15]) & kInlineSizeMask;
         uint64_t word;
         std::memcpy(&word, raw_ + 8, 8);
         return size_t(word & kSizeMask);
     }
-    bool isEmpty() const noexcept { return raw_[15] == 0; }
+    bool isEmpty() const noexcept { return (uint8_t(raw_[15]) & kInlineSizeMask) == 0; }
+
+    // Whether the file had this cell in quotes.
+    bool isQuoted() const noexcept {
+        if (!isHeap()) return uint8_t(raw_[15]) & kInlineQuoted;
+        uint64_t word;
+        std::memcpy(&word, raw_ + 8, 8);
+        return word & kHeapQuoted;
+    }
+    void setQuoted(bool on) noexcept {
+        if (!isHeap()) {
+            raw_[15] = char((uint8_t(raw_[15]) & ~kInlineQuoted) | (on ? kInlineQuoted : 0));
+            return;
+        }
+        uint64_t word;
+        std::memcpy(&word, raw_ + 8, 8);
+        word = (word & ~kHeapQuoted) | (on ? kHeapQuoted : 0);
+        std::memcpy(raw_ + 8, &word, 8);
+    }
     const char* data() const noexcept {
         if (!isHeap()) return raw_;
         const char* p;
@@ -85,7 +114,10 @@ public:
 
 private:
     static constexpr uint8_t kHeapTag = 0xFF;
-    static constexpr uint64_t kSizeMask = (uint64_t(1) << 56) - 1;
+    static constexpr uint8_t kInlineSizeMask = 0x1F;
+    static constexpr uint8_t kInlineQuoted = 0x40;
+    static constexpr uint64_t kHeapQuoted = uint64_t(1) << 55;
+    static constexpr uint64_t kSizeMask = kHeapQuoted - 1;
 
     void clearRaw() noexcept { std::memset(raw_, 0, sizeof raw_); }
     void release() noexcept {

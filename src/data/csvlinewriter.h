@@ -28,23 +28,33 @@ public:
     // be read from the start of every cell shorter than 16 bytes (the inline
     // cells of the store), which lets single-byte cells be tested and copied
     // with one vector load.
-    template <bool Padded = false, class Out, class CellAt>
+    //
+    // `marked(i)` says that position i had quotes in the file and gets them
+    // again, whether or not the standard asks for them; a padded position so
+    // marked is written as an empty pair of quotes.
+    struct NoMarks {
+        bool operator()(int) const { return false; }
+    };
+    template <bool Padded = false, class Out, class CellAt, class Marked = NoMarks>
     void appendLine(Out& out, int n, int logical, SelectionMode mode, const IndexList& list,
-                    CellAt&& cell, LineEndingType ending) const {
+                    CellAt&& cell, LineEndingType ending, Marked&& marked = {}) const {
         const auto start = out.size();
         if (mode == Only) {
             for (int i : list)
-                if (i >= 0 && i < n) appendCell<Padded>(out, cell(i));
+                if (i >= 0 && i < n) appendCell<Padded>(out, cell(i), marked(i));
         } else {
             size_t k = 0;
             for (int i = 0; i < n; ++i) {
                 if (mode == Except && listed(list, k, i)) continue;
-                appendCell<Padded>(out, cell(i));
+                appendCell<Padded>(out, cell(i), marked(i));
             }
             if (padding_) {
                 for (int i = n; i < logical; ++i) {
                     if (mode == Except && listed(list, k, i)) continue;
-                    appendPadding(out, mode == All);
+                    if (marked(i))
+                        appendCell(out, QByteArrayView(), true);
+                    else
+                        appendPadding(out, mode == All);
                 }
             }
         }
@@ -57,25 +67,28 @@ public:
         }
     }
 
-    // The cell with its quoting, then the delimiter.
-    template <bool Padded = false, class Out> void appendCell(Out& out, QByteArrayView cell) const {
+    // The cell with its quoting, then the delimiter. `quoted` asks for quotes
+    // whatever the standard says (not without a delimiter, where nothing is
+    // quoted).
+    template <bool Padded = false, class Out>
+    void appendCell(Out& out, QByteArrayView cell, bool quoted = false) const {
 #if defined(__SSE2__)
         if constexpr (Padded && std::is_same_v<Out, SaveBuffer>) {
             if (width_ == 1 && delimited_) {
-                appendPaddedCell(out, cell.data(), size_t(cell.size()));
+                appendPaddedCell(out, cell.data(), size_t(cell.size()), quoted);
                 return;
             }
         }
 #endif
         if (width_ != 1) {
-            appendCellWide(out, cell);
+            appendCellWide(out, cell, quoted);
             return;
         }
         if (!delimited_) {
             out.append(cell.data(), cell.size());
             return;
         }
-        if (needsQuotes(cell))
+        if (quoted || needsQuotes(cell))
             appendQuoted(out, cell.data(), cell.data() + cell.size(), "\"", 1);
         else
             out.append(cell.data(), cell.size());
@@ -103,8 +116,8 @@ private:
             hit = specialMask16(p + i);
         return hit != 0;
     }
-    void appendPaddedCell(SaveBuffer& out, const char* p, size_t n) const {
-        if (Q_UNLIKELY(needsQuotesPadded(p, n))) {
+    void appendPaddedCell(SaveBuffer& out, const char* p, size_t n, bool quoted) const {
+        if (Q_UNLIKELY(quoted || needsQuotesPadded(p, n))) {
             appendQuoted(out, p, p + n, "\"", 1);
             out.push_back(delimiter_);
             return;
@@ -172,12 +185,12 @@ private:
         }
     }
 
-    template <class Out> void appendCellWide(Out& out, QByteArrayView cell) const {
+    template <class Out> void appendCellWide(Out& out, QByteArrayView cell, bool quoted) const {
         if (!delimited_) {
             out.append(cell.data(), cell.size());
             return;
         }
-        if (needsQuotesWide(cell))
+        if (quoted || needsQuotesWide(cell))
             appendQuoted(out, cell.data(), cell.data() + cell.size(), units_[Quote], width_);
         else
             out.append(cell.data(), cell.size());

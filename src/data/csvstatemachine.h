@@ -14,6 +14,7 @@
 // Host provides:
 //   bool lineStart(qint64 unit_offset) -- false cancels
 //   void setCell(qint64 row, qint64 column, const char* bytes, size_t size)
+// and optionally the same as setQuotedCell, for fields unwrapped from quotes.
 template <int W, bool BigEndian, bool Delimited, class Host> class CsvStateMachine {
 public:
     CsvStateMachine(Host& host, char delimiter, bool quotes)
@@ -40,6 +41,7 @@ public:
                 case FieldStart:
                     ++column_;
                     buffer_.resize(0);
+                    quoted_ = false;
                     if (isDelimiter(cur) || isLineEnd(cur))
                         state_ = FieldEnd;
                     else if (quotes_ && cur == '"')
@@ -69,10 +71,10 @@ public:
                     consumed = true;
                     break;
                 case QuotedFieldEnd:
-                    unwrap();
+                    quoted_ = unwrap();
                     [[fallthrough]];
                 case FieldEnd:
-                    host_.setCell(row_, column_, buffer_.constData(), size_t(buffer_.size()));
+                    emitField();
                     if (isDelimiter(prev_)) {
                         state_ = FieldStart;
                     } else if (prev_ == '\r' && cur == '\n') {
@@ -94,8 +96,9 @@ public:
         // Nothing was read: there is no row to write into.
         if (!seen_) return;
         if (!isDelimiter(prev_) && !isLineEnd(prev_)) append();
-        if (state_ == AfterQuote || state_ == QuotedFieldEnd) unwrap();
-        host_.setCell(row_, column_, buffer_.constData(), size_t(buffer_.size()));
+        if (state_ == AfterQuote || state_ == QuotedFieldEnd) quoted_ = unwrap();
+        // After a final line end this writes the last field again, as it was.
+        emitField();
     }
 
 private:
@@ -115,9 +118,9 @@ private:
     }
     void append() { buffer_.append(prev_bytes_, W); }
     // Strips the enclosing quote units and collapses each doubled quote unit.
-    void unwrap() {
+    bool unwrap() {
         const qsizetype n = buffer_.size() / W;
-        if (n < 2) return;
+        if (n < 2) return false;
         QByteArray inner;
         inner.reserve(buffer_.size());
         const char* b = buffer_.constData();
@@ -127,6 +130,18 @@ private:
                 ++k;
         }
         buffer_ = inner;
+        return true;
+    }
+    void emitField() {
+        const char* p = buffer_.constData();
+        const size_t n = size_t(buffer_.size());
+        if constexpr (requires { host_.setQuotedCell(row_, column_, p, n); }) {
+            if (quoted_) {
+                host_.setQuotedCell(row_, column_, p, n);
+                return;
+            }
+        }
+        host_.setCell(row_, column_, p, n);
     }
 
     Host& host_;
@@ -139,4 +154,5 @@ private:
     qint64 row_ = -1;
     qint64 column_ = -1;
     bool seen_ = false;
+    bool quoted_ = false; // the field in the buffer was unwrapped from quotes
 };

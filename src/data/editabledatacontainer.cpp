@@ -109,7 +109,7 @@ public:
         static StoreReleaser releaser;
         return releaser;
     }
-    void release(RelocatableVector<Row>&& rows) {
+    void release(RelocatableVector<PackedRow>&& rows) {
         std::lock_guard lock(mutex_);
         queue_.push_back(std::move(rows));
         if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
@@ -130,24 +130,36 @@ private:
         for (;;) {
             changed_.wait(lock, [this] { return done_ || !queue_.empty(); });
             if (queue_.empty()) return;
-            RelocatableVector<Row> rows = std::move(queue_.back());
+            RelocatableVector<PackedRow> rows = std::move(queue_.back());
             queue_.pop_back();
             lock.unlock();
-            rows = RelocatableVector<Row>();
+            rows = RelocatableVector<PackedRow>();
             lock.lock();
         }
     }
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::vector<RelocatableVector<Row>> queue_;
+    std::vector<RelocatableVector<PackedRow>> queue_;
     bool done_ = false;
     std::thread thread_;
 };
 
 constexpr int kReleaseInBackgroundRows = 100000;
 
-void releaseRows(RelocatableVector<Row>& rows) {
+// Rows freed in bulk lie anywhere in the heap, between blocks still in use,
+// where the allocator keeps them for reuse. Past this many, their whole pages
+// are handed back to the system as well, so that removing a large block of
+// rows shows in the process size and not only in later reuse.
+void giveBackFreedRows(int rows) {
+#if defined(__GLIBC__)
+    if (rows >= kReleaseInBackgroundRows) ::malloc_trim(0);
+#else
+    Q_UNUSED(rows);
+#endif
+}
+
+void releaseRows(RelocatableVector<PackedRow>& rows) {
     if (rows.size() < kReleaseInBackgroundRows) return;
     try {
         StoreReleaser::instance().release(std::move(rows));
@@ -194,43 +206,61 @@ public:
 
     // Fields arrive left to right within a line, so the common case appends
     // to the line being gathered; empty fields are left as gaps, which cost
-    // nothing at the right edge and a zero fill elsewhere.
+    // nothing at the right edge and an offset elsewhere.
     Q_ALWAYS_INLINE void setCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         if (Q_LIKELY(row == current_row_ && column < *column_count_ && column >= scratch_.size())) {
             if (size) {
-                if (column > scratch_.size()) scratch_.resize(int(column));
-                scratch_.emplace_back(bytes, size);
+                if (column > scratch_.size()) scratch_.appendEmpty(int(column) - scratch_.size());
+                scratch_.append(bytes, size);
             }
             return;
         }
-        setCellSlow(row, column, bytes, size);
+        setCellSlow(row, column, bytes, size, false);
+    }
+    // The same for bytes that may be read 16 at a time (see the scanner).
+    Q_ALWAYS_INLINE void setCellPadded(qint64 row, qint64 column, const char* bytes, size_t size) {
+        if (Q_LIKELY(row == current_row_ && column < *column_count_ && column >= scratch_.size())) {
+            if (size) {
+                if (column > scratch_.size()) scratch_.appendEmpty(int(column) - scratch_.size());
+                scratch_.appendPadded(bytes, size);
+            }
+            return;
+        }
+        setCellSlow(row, column, bytes, size, false);
+    }
+    void setQuotedCell(qint64 row, qint64 column, const char* bytes, size_t size) {
+        setCellSlow(row, column, bytes, size, true);
     }
 
-    Q_NEVER_INLINE void setCellSlow(qint64 row, qint64 column, const char* bytes, size_t size) {
+    Q_NEVER_INLINE void setCellSlow(qint64 row, qint64 column, const char* bytes, size_t size,
+                                    bool quoted) {
         if (Q_UNLIKELY(row > kMaxIndex || column > kMaxIndex || row < 0 || column < 0)) return;
         if (row != current_row_) {
             commit();
             current_row_ = row;
             *row_count_ = int(row + 1);
-            // Lines mostly have as many cells as the one before: gathered in
-            // a block of that size, a line is stored without a copy.
-            scratch_.reserveExact(expected_cells_);
         }
         if (column >= *column_count_) *column_count_ = int(column + 1);
         const int col = int(column);
-        if (size == 0) {
-            if (col < scratch_.size()) scratch_[col] = Cell();
+        if (quoted)
+            scratch_.mark(col);
+        else
+            scratch_.unmark(col);
+        if (col >= scratch_.size()) {
+            if (size == 0) return;
+            scratch_.appendEmpty(col - scratch_.size());
+            scratch_.append(bytes, size);
             return;
         }
-        if (col >= scratch_.size()) scratch_.resize(col + 1);
-        scratch_[col].assign(bytes, size);
+        // A field written again: the readers do so for the last field of a
+        // file that ends in CR LF.
+        scratch_.replace(col, bytes, size);
     }
 
     void commit() {
         if (current_row_ < 0) return;
-        expected_cells_ = std::max(scratch_.size(), 1);
-        scratch_.shrinkToFit();
-        rows_->push_back(std::move(scratch_));
+        rows_->push_back(scratch_.build());
+        scratch_.clear();
         current_row_ = -1;
     }
 
@@ -242,17 +272,17 @@ public:
         *column_count_ = std::max(*column_count_, side.own_column_count_);
         if (side.own_row_count_ > 0) *row_count_ = int(lines_before + side.own_row_count_);
         if (side.current_row_ >= 0) {
-            std::swap(scratch_, side.scratch_);
+            scratch_.swap(side.scratch_);
             current_row_ = side.current_row_ + lines_before;
         }
     }
 
 private:
     EditableDataContainer& c_;
-    RelocatableVector<Row>* rows_;
+    RelocatableVector<PackedRow>* rows_;
     int* row_count_;
     int* column_count_;
-    RelocatableVector<Row> own_rows_;
+    RelocatableVector<PackedRow> own_rows_;
     int own_row_count_ = 0;
     int own_column_count_ = 0;
     const qint64 file_size_;
@@ -260,8 +290,7 @@ private:
     const qint64 step_units_;
     qint64 next_report_ = -1;
     qint64 current_row_ = -1;
-    int expected_cells_ = 1;
-    Row scratch_;
+    PackedRowBuilder scratch_;
 };
 
 EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
@@ -345,9 +374,10 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
         growHeapsInLargeSteps();
     }
 
-    rows = RelocatableVector<Row>();
+    rows = RelocatableVector<PackedRow>();
     row_count = 0;
     column_count = 0;
+    quoting_standard = parsing_standard;
 
     const int w = width;
     qint64 chunk = std::min(size, chunk_limit);
@@ -379,7 +409,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     } catch (const std::exception&) {
         // A file too large for memory (or a thread refused) fails like an
         // unreadable one, and what was read of it is given back.
-        rows = RelocatableVector<Row>();
+        rows = RelocatableVector<PackedRow>();
         row_count = 0;
         column_count = 0;
         error_text = tr("Not enough memory to load %1.").arg(QDir::toNativeSeparators(filepath_));
@@ -462,10 +492,14 @@ QByteArray EditableDataContainer::data(int row, int column, bool) const {
 
 int EditableDataContainer::columnCountOfRow(int row) const {
     if (row < 0 || row >= rows.size()) return 0;
-    const Row& r = rows[row];
-    for (int c = r.size(); c > 0; --c)
-        if (!r[c - 1].isEmpty()) return c;
-    return 0;
+    return rows[row].columnCount();
+}
+
+qint64 EditableDataContainer::storeBytes() const {
+    qint64 bytes = qint64(rows.capacity()) * qint64(sizeof(PackedRow));
+    for (const PackedRow& r : rows)
+        bytes += qint64(r.blockBytes());
+    return bytes;
 }
 
 namespace {
@@ -491,6 +525,30 @@ bool anyChosen(int start, int end, SelectionMode mode, const IndexList& list, F&
     }
     return false;
 }
+
+// Rebuilding a row reuses one gathering buffer per thread, so an edit
+// allocates only the row's new block.
+PackedRowBuilder& rowBuilder() {
+    thread_local PackedRowBuilder builder;
+    builder.clear();
+    return builder;
+}
+
+PackedRow rowFromCells(const CellList& cells) {
+    PackedRowBuilder& b = rowBuilder();
+    const int n = int(cells.size());
+    for (int i = 0; i < n; ++i) {
+        const Cell& cell = cells[size_t(i)];
+        b.append(cell.data(), cell.size());
+        if (cell.isQuoted()) b.mark(i);
+    }
+    return b.build();
+}
+
+// Whether the row holds a cell or a mark at or past `column`.
+bool reachesColumn(const PackedRow& r, int column) {
+    return r.size() > column || r.markedSize() > column;
+}
 } // namespace
 
 IndexList EditableDataContainer::emptyRows(int start_column, SelectionMode mode,
@@ -501,9 +559,9 @@ IndexList EditableDataContainer::emptyRows(int start_column, SelectionMode mode,
             result.push_back(r);
             continue;
         }
-        const Row& row = rows[r];
+        const PackedRow& row = rows[r];
         if (!anyChosen(start_column, row.size(), mode, columns,
-                       [&](int c) { return !row[c].isEmpty(); }))
+                       [&](int c) { return !row.cell(c).isEmpty(); }))
             result.push_back(r);
     }
     return result;
@@ -515,7 +573,7 @@ IndexList EditableDataContainer::emptyColumns(int start_row, SelectionMode mode,
     const int stored = rows.size();
     for (int c = 0; c < column_count; ++c) {
         if (!anyChosen(start_row, stored, mode, chosen_rows,
-                       [&](int r) { return c < rows[r].size() && !rows[r][c].isEmpty(); }))
+                       [&](int r) { return !rows[r].isEmptyAt(c); }))
             result.push_back(c);
     }
     return result;
@@ -538,25 +596,53 @@ int EditableDataContainer::trailingEmptyColumns() const {
     return std::max(smallest, 0);
 }
 
+void EditableDataContainer::putCell(PackedRow& r, int column, QByteArrayView bytes, bool quoted) {
+    const int n = r.size();
+    if (column >= n && bytes.isEmpty() && r.isQuoted(column) == quoted) return;
+    // Most edits keep a cell's length (a digit, a date): written in place.
+    if (column < n && !quoted && r.cell(column).size() == bytes.size()) {
+        r.overwrite(column, bytes.data());
+        return;
+    }
+    // Otherwise the row is gathered anew around the cell. `bytes` may lie in
+    // the row itself, which stays until the new block is made.
+    PackedRowBuilder& b = rowBuilder();
+    b.appendCells(r, 0, std::min(column, n));
+    if (!bytes.isEmpty() || column < n) {
+        if (column > n) b.appendEmpty(column - n);
+        b.append(bytes);
+        b.appendCells(r, column + 1, n);
+    }
+    b.copyMarks(r, 0, r.markedSize(), 0);
+    if (quoted)
+        b.mark(column);
+    else
+        b.unmark(column);
+    r = b.build();
+}
+
 bool EditableDataContainer::setCell(int row, int column, QByteArrayView bytes) {
+    return setCell(row, column, bytes, false);
+}
+
+bool EditableDataContainer::setCell(int row, int column, QByteArrayView bytes, bool quoted) {
     if (row < 0 || column < 0) return false;
     if (row >= rows.size()) {
         rows.resize(row + 1);
         row_count = std::max(row_count, row + 1);
     }
     if (column >= column_count) setColumnCount(column + 1);
-    Row& r = rows[row];
-    if (column >= r.size()) {
-        if (bytes.isEmpty()) return true;
-        r.resize(column + 1);
-    }
-    r[column].assign(bytes);
+    putCell(rows[row], column, bytes, quoted);
     return true;
 }
 
 bool EditableDataContainer::setRowCount(int n) {
     if (n < 0) return false;
-    if (n < rows.size()) rows.resize(n);
+    if (n < rows.size()) {
+        const int cut = rows.size() - n;
+        rows.resize(n);
+        giveBackFreedRows(cut);
+    }
     row_count = n;
     return true;
 }
@@ -564,22 +650,27 @@ bool EditableDataContainer::setRowCount(int n) {
 bool EditableDataContainer::setColumnCount(int n) {
     if (n < 0) return false;
     if (n < column_count)
-        for (Row& r : rows)
-            if (r.size() > n) r.resize(n);
+        for (PackedRow& r : rows) {
+            if (!reachesColumn(r, n)) continue;
+            PackedRowBuilder& b = rowBuilder();
+            b.appendCells(r, 0, std::min(n, r.size()));
+            b.copyMarks(r, 0, n, 0);
+            r = b.build();
+        }
     column_count = n;
     return true;
 }
 
 bool EditableDataContainer::clear() {
-    rows = RelocatableVector<Row>();
+    rows = RelocatableVector<PackedRow>();
     return true;
 }
 
 void EditableDataContainer::getRow(CellList& out, int row, SelectionMode mode,
                                    const IndexList& columns) const {
     out.clear();
-    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
-    auto cell = [&](int c) { return r && c >= 0 && c < r->size() ? (*r)[c] : Cell(); };
+    const PackedRow* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    auto cell = [&](int c) { return r && c >= 0 ? r->cellCopy(c) : Cell(); };
     forEachChosen(column_count, mode, columns, [&](int i) { out.push_back(cell(i)); });
 }
 
@@ -587,29 +678,17 @@ void EditableDataContainer::getColumn(CellList& out, int column, SelectionMode m
                                       const IndexList& chosen_rows) const {
     out.clear();
     auto cell = [&](int r) {
-        return r >= 0 && r < rows.size() && column >= 0 && column < rows[r].size() ? rows[r][column]
-                                                                                   : Cell();
+        return r >= 0 && r < rows.size() && column >= 0 ? rows[r].cellCopy(column) : Cell();
     };
     forEachChosen(row_count, mode, chosen_rows, [&](int i) { out.push_back(cell(i)); });
 }
-
-namespace {
-Row rowFromCells(CellList&& cells) {
-    const int n = int(cells.size());
-    Row row;
-    row.reserveExact(n);
-    for (int i = 0; i < n; ++i)
-        row.push_back(std::move(cells[size_t(i)]));
-    return row;
-}
-} // namespace
 
 void EditableDataContainer::setRow(int row, CellList&& cells) {
     if (row < 0) return;
     if (row >= rows.size()) rows.resize(row + 1);
     row_count = std::max(row_count, row + 1);
     column_count = std::max(column_count, int(cells.size()));
-    rows[row] = rowFromCells(std::move(cells));
+    rows[row] = rowFromCells(cells);
 }
 
 void EditableDataContainer::setColumn(int column, CellList&& cells) {
@@ -619,12 +698,8 @@ void EditableDataContainer::setColumn(int column, CellList&& cells) {
     row_count = std::max(row_count, n);
     column_count = std::max(column_count, column + 1);
     for (int r = 0; r < n; ++r) {
-        Row& row = rows[r];
-        if (column >= row.size()) {
-            if (cells[size_t(r)].isEmpty()) continue;
-            row.resize(column + 1);
-        }
-        row[column] = std::move(cells[size_t(r)]);
+        const Cell& cell = cells[size_t(r)];
+        putCell(rows[r], column, cell.view(), cell.isQuoted());
     }
 }
 
@@ -645,11 +720,15 @@ void EditableDataContainer::insertRowList(int row, std::vector<CellList>&& new_r
     rows.insertEmpty(row, count);
     for (int i = 0; i < count; ++i) {
         column_count = std::max(column_count, int(new_rows[size_t(i)].size()));
-        rows[row + i] = rowFromCells(std::move(new_rows[size_t(i)]));
+        rows[row + i] = rowFromCells(new_rows[size_t(i)]);
+        new_rows[size_t(i)] = CellList(); // the cells' own blocks go as the rows arrive
     }
     row_count = std::max(row_count, row) + count;
 }
 
+// One pass over the rows: empty columns opened where a row reaches the
+// position (as insertColumns does), then the given cells put in (as
+// setColumn does for each column), each row rebuilt once.
 void EditableDataContainer::insertColumnList(int column, std::vector<CellList>&& columns) {
     const int count = int(columns.size());
     if (column < 0 || count < 1) return;
@@ -657,9 +736,45 @@ void EditableDataContainer::insertColumnList(int column, std::vector<CellList>&&
         column_count += count;
         return;
     }
-    insertColumns(column, count);
-    for (int j = 0; j < count; ++j)
-        setColumn(column + j, std::move(columns[size_t(j)]));
+    column_count = column >= column_count ? column + count : column_count + count;
+    int longest = 0;
+    for (const CellList& cells : columns)
+        longest = std::max(longest, int(cells.size()));
+    if (longest > rows.size()) rows.resize(longest);
+    row_count = std::max(row_count, longest);
+    auto given = [&](int j, int r) -> const Cell* {
+        const CellList& cells = columns[size_t(j)];
+        return r < int(cells.size()) ? &cells[size_t(r)] : nullptr;
+    };
+    for (int r = 0; r < rows.size(); ++r) {
+        PackedRow& row = rows[r];
+        const int n = row.size();
+        const bool shifted = n > column;
+        bool touched = shifted || row.markedSize() > column;
+        int last = shifted ? n + count : n;
+        for (int j = 0; j < count; ++j)
+            if (const Cell* c = given(j, r)) {
+                touched = true;
+                if (!c->isEmpty()) last = std::max(last, column + j + 1);
+            }
+        if (!touched) continue;
+        PackedRowBuilder& b = rowBuilder();
+        for (int p = 0; p < last; ++p) {
+            if (p < column) {
+                b.append(p < n ? row.cell(p) : QByteArrayView());
+            } else if (p < column + count) {
+                const Cell* c = given(p - column, r);
+                b.append(c ? c->view() : QByteArrayView());
+            } else {
+                b.append(p - count < n ? row.cell(p - count) : QByteArrayView());
+            }
+        }
+        b.copyMarks(row, 0, column, 0);
+        b.copyMarks(row, column, row.markedSize(), count);
+        for (int j = 0; j < count; ++j)
+            if (const Cell* c = given(j, r); c && c->isQuoted()) b.mark(column + j);
+        row = b.build();
+    }
 }
 
 bool EditableDataContainer::insertRows(int row, int count) {
@@ -679,8 +794,19 @@ bool EditableDataContainer::insertColumns(int column, int count) {
         column_count = column + count;
         return true;
     }
-    for (Row& r : rows)
-        if (r.size() > column) r.insertEmpty(column, count);
+    for (PackedRow& r : rows) {
+        if (!reachesColumn(r, column)) continue;
+        const int n = r.size();
+        PackedRowBuilder& b = rowBuilder();
+        b.appendCells(r, 0, std::min(column, n));
+        if (n > column) {
+            b.appendEmpty(count);
+            b.appendCells(r, column, n);
+        }
+        b.copyMarks(r, 0, column, 0);
+        b.copyMarks(r, column, r.markedSize(), count);
+        r = b.build();
+    }
     column_count += count;
     return true;
 }
@@ -689,7 +815,11 @@ bool EditableDataContainer::removeRows(int row, int count) {
     if (count < 1 || row < 0) return false;
     if (row >= row_count) return true;
     count = std::min(count, row_count - row);
-    if (row < rows.size()) rows.erase(row, std::min(count, rows.size() - row));
+    if (row < rows.size()) {
+        const int stored = std::min(count, rows.size() - row);
+        rows.erase(row, stored);
+        giveBackFreedRows(stored);
+    }
     row_count -= count;
     return true;
 }
@@ -698,8 +828,16 @@ bool EditableDataContainer::removeColumns(int column, int count) {
     if (count < 1 || column < 0) return false;
     if (column >= column_count) return true;
     count = std::min(count, column_count - column);
-    for (Row& r : rows)
-        if (r.size() > column) r.erase(column, std::min(count, r.size() - column));
+    for (PackedRow& r : rows) {
+        if (!reachesColumn(r, column)) continue;
+        const int n = r.size();
+        PackedRowBuilder& b = rowBuilder();
+        b.appendCells(r, 0, std::min(column, n));
+        b.appendCells(r, std::min(column + count, n), n);
+        b.copyMarks(r, 0, column, 0);
+        b.copyMarks(r, column + count, r.markedSize(), -count);
+        r = b.build();
+    }
     column_count -= count;
     return true;
 }
@@ -711,20 +849,15 @@ void EditableDataContainer::copyRow(int from, int to) {
     if (from >= 0 && from < rows.size())
         rows[to] = rows[from];
     else
-        rows[to] = Row();
+        rows[to] = PackedRow();
 }
 
 void EditableDataContainer::copyColumn(int from, int to) {
     if (to < 0 || from == to) return;
     column_count = std::max(column_count, to + 1);
-    for (Row& r : rows) {
+    for (PackedRow& r : rows) {
         const bool stored = from >= 0 && from < r.size();
-        if (!stored || r[from].isEmpty()) {
-            if (to < r.size()) r[to] = Cell();
-            continue;
-        }
-        if (to >= r.size()) r.resize(to + 1);
-        r[to] = r[from];
+        putCell(r, to, stored ? r.cell(from) : QByteArrayView(), from >= 0 && r.isQuoted(from));
     }
 }
 
@@ -750,7 +883,7 @@ bool EditableDataContainer::applyRowPermutation(const std::vector<int>& P,
     for (int s = 0; s < n; ++s) {
         if (done[size_t(s)]) continue;
         if (step && !step(moved, n)) return false;
-        Row in_hand = std::move(rows[s]);
+        PackedRow in_hand = std::move(rows[s]);
         int j = s;
         do {
             done[size_t(j)] = true;
@@ -773,36 +906,44 @@ void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
         }
     }
     column_count = std::max(column_count, n);
-    Row scratch;
-    for (Row& r : rows) {
-        if (r.empty()) continue;
-        scratch.resize(std::max(n, r.size()));
-        for (int c = 0; c < r.size(); ++c) {
-            const int dest = c < n ? P[size_t(c)] : c;
-            scratch[dest] = std::move(r[c]);
-        }
-        int size = scratch.size();
-        while (size > 0 && scratch[size - 1].isEmpty())
-            --size;
-        scratch.resize(size);
-        r.clear();
-        scratch.relocateInto(r);
+    std::vector<QByteArrayView> placed;
+    for (PackedRow& r : rows) {
+        if (r.isNull()) continue;
+        const int size = r.size();
+        placed.assign(size_t(std::max(n, size)), QByteArrayView());
+        auto dest = [&](int c) { return c < n ? P[size_t(c)] : c; };
+        for (int c = 0; c < size; ++c)
+            placed[size_t(dest(c))] = r.cell(c);
+        int stored = int(placed.size());
+        while (stored > 0 && placed[size_t(stored - 1)].isEmpty())
+            --stored;
+        PackedRowBuilder& b = rowBuilder();
+        for (int c = 0; c < stored; ++c)
+            b.append(placed[size_t(c)]);
+        for (int c = 0; c < r.markedSize(); ++c)
+            if (r.isQuoted(c)) b.mark(dest(c));
+        r = b.build();
     }
 }
 
 // ---------------------------------------------------------------------------
 // Writing
 
-// Every stored cell can be read 16 bytes from its start (inline cells are 16
-// bytes, heap cells longer), which is the writer's `Padded` promise.
+// Every packed row can be read 16 bytes on from the start of any of its
+// cells (its block ends in at least that much slack after the bytes), which
+// is the writer's `Padded` promise.
 template <class Out>
 void EditableDataContainer::appendRowBytes(Out& out, const CsvLineWriter& writer, int row,
                                            SelectionMode mode, const IndexList& columns) const {
-    const Row* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
+    const PackedRow* r = row >= 0 && row < rows.size() ? &rows[row] : nullptr;
     int n = r ? r->size() : 0;
     if (!save_trailing_delimiters) n = std::min(n, columnCountOfRow(row));
-    writer.appendLine<true>(
-        out, n, column_count, mode, columns, [&](int c) { return (*r)[c].view(); }, line_ending);
+    auto cell = [&](int c) { return r->cell(c); };
+    if (r && r->hasMarks() && keepsQuotes())
+        writer.appendLine<true>(out, n, column_count, mode, columns, cell, line_ending,
+                                [&](int c) { return r->isQuoted(c); });
+    else
+        writer.appendLine<true>(out, n, column_count, mode, columns, cell, line_ending);
 }
 
 void EditableDataContainer::appendRowForSave(SaveBuffer& out, const CsvLineWriter& writer, int row,
@@ -843,9 +984,11 @@ void EditableDataContainer::columnToBytes(QByteArray& out, int column, Selection
     getColumn(cells, column, All, {});
     int n = int(cells.size());
     if (!save_trailing_delimiters) n = lastNonEmpty(cells);
+    const bool keep = keepsQuotes();
     lineWriter().appendLine(
         out, n, row_count, mode, chosen_rows, [&](int r) { return cells[size_t(r)].view(); },
-        UnixLineEnding);
+        UnixLineEnding,
+        [&](int r) { return keep && r < int(cells.size()) && cells[size_t(r)].isQuoted(); });
 }
 
 void EditableDataContainer::columnToBytesWide(QByteArray& out, int column, SelectionMode mode,

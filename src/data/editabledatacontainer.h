@@ -1,18 +1,24 @@
 #pragma once
 
 #include "abstractdatacontainer.h"
+#include "packedrow.h"
 #include "relocatablevector.h"
 
 #include <functional>
 #include <memory>
 
-using Row = RelocatableVector<Cell>;
 class ReadWindow;
 class CsvRowSink;
 
 // The in-memory store. Sparse at its right and bottom edges: `row_count` and
 // `column_count` are logical sizes, and anything beyond what is stored reads
 // as an empty cell. An empty cell and a missing cell are the same thing.
+//
+// Each row is one packed block (PackedRow): its cells' bytes back to back
+// and their offsets. Changing a cell rebuilds its row, O(row length), or
+// writes in place when the length stays. The rows also remember which cells
+// the file had in quotes; a save in the standard of the load quotes those
+// again, so that an unchanged file keeps the quoting it came with.
 class EditableDataContainer : public AbstractDataContainer {
     Q_OBJECT
 
@@ -62,12 +68,24 @@ public:
     // The view is valid until the store is next changed.
     QByteArrayView cellView(int row, int column) const {
         if (row < 0 || row >= rows.size() || column < 0 || column >= rows[row].size()) return {};
-        return rows[row][column].view();
+        return rows[row].cell(column);
     }
     int storedRowCount() const { return rows.size(); }
     int storedCellCount(int row) const {
         return row >= 0 && row < rows.size() ? rows[row].size() : 0;
     }
+    // Whether the file had the cell in quotes (and it is unchanged since).
+    bool isQuoted(int row, int column) const {
+        return row >= 0 && row < rows.size() && column >= 0 && rows[row].isQuoted(column);
+    }
+    // setCell as a reader does it: `quoted` records that the field had
+    // quotes, which a quoted empty field keeps even where it stores no cell.
+    bool setCell(int row, int column, QByteArrayView bytes, bool quoted);
+    // The standard whose save honours the remembered quotes: the one of the
+    // last load.
+    ParsingStandard quotingStandard() const { return quoting_standard; }
+    // Bytes held by the rows' blocks and handles (not the allocator's own).
+    qint64 storeBytes() const;
     qint64 fileSize() const { return file_size; }
     // Chunks of at least twice this many bytes are read on two threads.
     // Tests lower it to put the split into small files.
@@ -103,8 +121,13 @@ private:
     template <class Out>
     void appendRowBytes(Out& out, const CsvLineWriter& writer, int row, SelectionMode mode,
                         const IndexList& columns) const;
+    bool keepsQuotes() const { return parsing_standard == quoting_standard; }
+    // Cell `column` of the row becomes `bytes` with the given mark; other
+    // cells and marks stay. Stores no cell for empty bytes past the row's end.
+    static void putCell(PackedRow& row, int column, QByteArrayView bytes, bool quoted);
 
-    RelocatableVector<Row> rows;
+    RelocatableVector<PackedRow> rows;
+    ParsingStandard quoting_standard = Rfc4180;
     qint64 file_size = 0;
     int row_count = 0;
     int column_count = 0;

@@ -16,6 +16,9 @@
 // copied into the spill buffer first, and only a quoted field holding doubled
 // quotes is rewritten.
 //
+// A field that was unwrapped from quotes goes to the host's setQuotedCell,
+// when it has one, so that a save can quote it again.
+//
 // It assumes the delimiter is none of CR, LF, RS or the quote; the caller uses
 // the state machine for those odd dialects. Without `Delimited` each line is
 // one cell and quotes mean nothing.
@@ -73,7 +76,7 @@ public:
                         state_ = InField;
                         break;
                     }
-                    host_->setCell(row_, column_, p + begin, size_t(j - begin));
+                    cellInChunk(p, begin, j, n);
                     const char c = p[j];
                     i = j + 1;
                     if (!isDelimiter(c)) {
@@ -246,7 +249,7 @@ private:
             return;
         }
         if (!doubled_) {
-            host_->setCell(row_, column_, raw + 1, n - 2);
+            quotedCell(raw + 1, n - 2);
             return;
         }
         collapsed_.clear();
@@ -254,7 +257,25 @@ private:
             collapsed_.push_back(raw[k]);
             if (raw[k] == '"' && k + 2 < n && raw[k + 1] == '"') ++k;
         }
-        host_->setCell(row_, column_, collapsed_.data(), collapsed_.size());
+        quotedCell(collapsed_.data(), collapsed_.size());
+    }
+    // A field straight out of the chunk. A host that can use it is told when
+    // 16 bytes may be read from the field's start, which is nearly always.
+    Q_ALWAYS_INLINE void cellInChunk(const char* p, qint64 begin, qint64 end, qint64 n) {
+        if constexpr (requires { host_->setCellPadded(row_, column_, p, size_t(0)); }) {
+            if (Q_LIKELY(begin + 16 <= n)) {
+                host_->setCellPadded(row_, column_, p + begin, size_t(end - begin));
+                return;
+            }
+        }
+        host_->setCell(row_, column_, p + begin, size_t(end - begin));
+    }
+    // A host that keeps the file's quoting learns which fields had quotes.
+    void quotedCell(const char* p, size_t n) {
+        if constexpr (requires { host_->setQuotedCell(row_, column_, p, n); })
+            host_->setQuotedCell(row_, column_, p, n);
+        else
+            host_->setCell(row_, column_, p, n);
     }
 
     Host* host_;

@@ -396,11 +396,11 @@ QByteArrayView ReadOnlyDataContainer::spanBytes(const char* p, qint64 base, cons
 // first and last unit, "RFC 4180" only a field of two units or more that
 // begins and ends with a quote, and the other standards (and a file without
 // delimiter, where quotes mean nothing) show the field as the file has it.
-void ReadOnlyDataContainer::appendShown(QByteArray& out, QByteArrayView field) const {
+bool ReadOnlyDataContainer::appendShown(QByteArray& out, QByteArrayView field) const {
     const int w = reading.width;
     const char* raw = field.data();
     const qint64 n = field.size() / w;
-    if (n == 0) return;
+    if (n == 0) return false;
     const bool be = reading.big_endian;
     auto code = [&](qint64 k) {
         const char* u = raw + k * w;
@@ -411,19 +411,20 @@ void ReadOnlyDataContainer::appendShown(QByteArray& out, QByteArrayView field) c
     };
     if (n == 1) {
         const uint32_t c = code(0);
-        if (c == '\r' || c == '\n' || (w == 1 && c == 0x1E)) return;
+        if (c == '\r' || c == '\n' || (w == 1 && c == 0x1E)) return false;
     }
     const bool strip = reading.delimiter != 0 &&
                        (reading.standard == AllQuotes || (reading.standard == Rfc4180 && n > 1 &&
                                                           code(0) == '"' && code(n - 1) == '"'));
     if (!strip) {
         out.append(raw, n * w);
-        return;
+        return false;
     }
     for (qint64 k = 1; k < n - 1; ++k) {
         out.append(raw + k * w, w);
         if (code(k) == '"' && k + 1 < n - 1 && code(k + 1) == '"') ++k;
     }
+    return true;
 }
 
 int ReadOnlyDataContainer::fileRow(int shown) const {
@@ -465,8 +466,10 @@ void ReadOnlyDataContainer::getRow(CellList& out, int row, SelectionMode mode,
     auto cell = [&](int c) {
         if (!p || c < 0 || c >= column_count) return Cell();
         shown.resize(0);
-        appendShown(shown, spanBytes(p, base, row_spans[size_t(c)]));
-        return Cell(shown.constData(), size_t(shown.size()));
+        const bool quoted = appendShown(shown, spanBytes(p, base, row_spans[size_t(c)]));
+        Cell cell(shown.constData(), size_t(shown.size()));
+        cell.setQuoted(quoted);
+        return cell;
     };
     forEachChosen(column_count, mode, columns, [&](int i) { out.push_back(cell(i)); });
 }
@@ -479,8 +482,10 @@ void ReadOnlyDataContainer::getColumn(CellList& out, int column, SelectionMode m
         if (r < 0 || r >= row_count || column < 0 || column >= column_count) return Cell();
         const QByteArrayView raw = rawField(r, column, kReadAhead);
         shown.resize(0);
-        appendShown(shown, raw);
-        return Cell(shown.constData(), size_t(shown.size()));
+        const bool quoted = appendShown(shown, raw);
+        Cell cell(shown.constData(), size_t(shown.size()));
+        cell.setQuoted(quoted);
+        return cell;
     };
     forEachChosen(row_count, mode, rows, [&](int i) { out.push_back(cell(i)); });
 }
@@ -501,6 +506,7 @@ int lastNonEmpty(const std::vector<qsizetype>& ends) {
 void ReadOnlyDataContainer::collectShownRow(int row) const {
     line_bytes.resize(0);
     line_ends.clear();
+    line_quoted.clear();
     const int file_row = row >= 0 && row < row_count ? fileRow(row) : -1;
     if (file_row < 0) return;
     qint64 base = 0;
@@ -508,7 +514,8 @@ void ReadOnlyDataContainer::collectShownRow(int row) const {
     if (!p) return;
     for (int j = 0; j < column_count; ++j) {
         const int c = fileColumn(j);
-        if (c >= 0) appendShown(line_bytes, spanBytes(p, base, row_spans[size_t(c)]));
+        line_quoted.push_back(c >= 0 &&
+                              appendShown(line_bytes, spanBytes(p, base, row_spans[size_t(c)])));
         line_ends.push_back(line_bytes.size());
     }
 }
@@ -516,13 +523,16 @@ void ReadOnlyDataContainer::collectShownRow(int row) const {
 void ReadOnlyDataContainer::collectShownColumn(int column) const {
     line_bytes.resize(0);
     line_ends.clear();
+    line_quoted.clear();
     const int file_column = column >= 0 && column < column_count ? fileColumn(column) : -1;
     for (int i = 0; i < row_count; ++i) {
         const int r = fileRow(i);
+        bool quoted = false;
         if (r >= 0 && file_column >= 0) {
             const QByteArrayView raw = rawField(r, file_column, kReadAhead);
-            appendShown(line_bytes, raw);
+            quoted = appendShown(line_bytes, raw);
         }
+        line_quoted.push_back(quoted);
         line_ends.push_back(line_bytes.size());
     }
 }
@@ -534,9 +544,11 @@ void ReadOnlyDataContainer::rowToBytes(QByteArray& out, int row, SelectionMode m
     // The editable store holds a loaded line up to its last non-empty cell;
     // the same count gives the same padding.
     const int n = lastNonEmpty(line_ends);
+    const bool keep = keepsQuotes();
     lineWriter().appendLine(
         out, n, column_count, mode, columns, [this](int i) { return collectedCell(i); },
-        line_ending);
+        line_ending,
+        [&](int i) { return keep && i < int(line_quoted.size()) && line_quoted[size_t(i)]; });
 }
 
 bool ReadOnlyDataContainer::isOpenSource(quint64 device, quint64 inode) const {
@@ -555,8 +567,10 @@ void ReadOnlyDataContainer::columnToBytes(QByteArray& out, int column, Selection
     out.resize(0);
     collectShownColumn(column);
     const int n = save_trailing_delimiters ? int(line_ends.size()) : lastNonEmpty(line_ends);
+    const bool keep = keepsQuotes();
     lineWriter().appendLine(
-        out, n, row_count, mode, rows, [this](int i) { return collectedCell(i); }, UnixLineEnding);
+        out, n, row_count, mode, rows, [this](int i) { return collectedCell(i); }, UnixLineEnding,
+        [&](int i) { return keep && i < int(line_quoted.size()) && line_quoted[size_t(i)]; });
 }
 
 void ReadOnlyDataContainer::columnToBytesWide(QByteArray& out, int column, SelectionMode mode,

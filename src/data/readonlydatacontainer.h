@@ -127,7 +127,11 @@ private:
     QByteArrayView rawField(qint64 row, qint64 column, qint64 ahead) const;
     const char* rawRow(qint64 row, std::vector<Span>& spans, qint64& base) const;
     QByteArrayView spanBytes(const char* p, qint64 base, const Span& s) const;
-    void appendShown(QByteArray& out, QByteArrayView field) const;
+    // Returns whether the field was unwrapped from quotes.
+    bool appendShown(QByteArray& out, QByteArrayView field) const;
+    // A save in the standard the file was opened with quotes again what the
+    // file quoted, as the editable store does.
+    bool keepsQuotes() const { return parsing_standard == reading.standard; }
     // The file line shown at a position, through the map when one is active;
     // -1 for a map entry out of range.
     int fileRow(int shown) const;
@@ -168,5 +172,6 @@ private:
     // Scratch of the line writers: the shown cells of one line, back to back.
     mutable QByteArray line_bytes;
     mutable std::vector<qsizetype> line_ends;
+    mutable std::vector<bool> line_quoted;
     mutable std::vector<Span> row_spans;
 };

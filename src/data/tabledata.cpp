@@ -187,7 +187,10 @@ void TableData::setEncoding(EncodingType value, bool convert_cells) {
         for (Cell& cell : cells) {
             if (cell.isEmpty()) continue;
             const QString text = decodeCell(cell.view(), old_encoding, old_codec);
+            // The same text in other bytes: it keeps the quotes it came with.
+            const bool quoted = cell.isQuoted();
             cell.assign(encodeCell(text, value, codec));
+            cell.setQuoted(quoted);
             changed = true;
         }
         if (changed) container->setRow(r, std::move(cells));

@@ -388,7 +388,8 @@ private slots:
         c->setDelimiters(',', ';');
         for (bool keep_backup : {false, true}) {
             QVERIFY(c->saveAs(source, keep_backup, false, {}, {}));
-            QCOMPARE(readFile(source), QByteArray("a;b\nc,d;e\n"));
+            // The file quoted "c,d" and the standard stays: the quotes stay too.
+            QCOMPARE(readFile(source), QByteArray("a;b\n\"c,d\";e\n"));
             QCOMPARE(cells(*c), (Table{{"a", "b"}, {"c,d", "e"}}));
         }
 

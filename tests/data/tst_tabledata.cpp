@@ -129,6 +129,19 @@ private slots:
         QCOMPARE(t.data(0, 2).toString(), QString::fromUtf8("\xc3\xa9"));
     }
 
+    // Re-encoded, a cell is the same text: the file's quotes stay with it,
+    // while an edited cell loses them.
+    void encodingConversionKeepsQuotes() {
+        TableData t;
+        loadText(t, "\"ab\",\"\",x,\"y\"\n");
+        auto* c = static_cast<EditableDataContainer*>(t.dataContainer());
+        QVERIFY(t.setData(0, 3, "z"));
+        t.setEncoding(Utf16LE, true);
+        QCOMPARE(QList<bool>(
+                     {c->isQuoted(0, 0), c->isQuoted(0, 1), c->isQuoted(0, 2), c->isQuoted(0, 3)}),
+                 QList<bool>({true, true, false, false}));
+    }
+
     void saveWritesHiddenRowsUnlessVisibleOnly() {
         TableData t;
         loadText(t, "a\nb\nc\n");

@@ -1,0 +1,72 @@
+#include "packedrow.h"
+
+#include <climits>
+
+size_t PackedRow::blockBytes() const noexcept {
+    if (!block_) return 0;
+    const size_t w = width();
+    const size_t count = size_t(field(0));
+    const size_t total = size_t(field(1));
+    const size_t marked = size_t(markedSize());
+    const size_t tail = count * w + (marked + 7) / 8;
+    return headerBytes() + total + std::max(tail, kSlack);
+}
+
+void PackedRowBuilder::grow(size_t n) {
+    size_t capacity = std::max({capacity_ * 2, size_ + n, size_t(256)});
+    void* block = std::realloc(data_, capacity);
+    if (!block) throw std::bad_alloc();
+    data_ = static_cast<char*>(block);
+    capacity_ = capacity;
+}
+
+template <class T> PackedRow PackedRowBuilder::buildWith() const {
+    int marked = std::min(marked_, int(marks_.size() * 64));
+    while (marked > 0 && !isMarked(marked - 1))
+        --marked;
+    const size_t count = size_t(ends_.size());
+    const size_t w = sizeof(T);
+    const size_t header = 1 + w * (marked ? 3 : 2);
+    const size_t mark_bytes = (size_t(marked) + 7) / 8;
+    const size_t tail = count * w + mark_bytes;
+    const size_t bytes = header + size_ + std::max(tail, PackedRow::kSlack);
+    auto* b = static_cast<uint8_t*>(std::malloc(bytes));
+    if (!b) throw std::bad_alloc();
+
+    b[0] = uint8_t((w == 1   ? 0
+                    : w == 2 ? 1
+                    : w == 4 ? 2
+                             : 3) |
+                   (marked ? PackedRow::kMarksFlag : 0));
+    auto put = [](uint8_t* p, uint64_t v) {
+        const T t = T(v);
+        std::memcpy(p, &t, sizeof t);
+    };
+    put(b + 1, count);
+    put(b + 1 + w, size_);
+    if (marked) put(b + 1 + 2 * w, uint64_t(marked));
+    uint8_t* data = b + header;
+    if (size_) std::memcpy(data, data_, size_);
+    uint8_t* ends = data + size_;
+    for (size_t i = 0; i < count; ++i)
+        put(ends + i * w, ends_[int(i)]);
+    uint8_t* m = ends + count * w;
+    for (size_t k = 0; k < mark_bytes; ++k)
+        m[k] = uint8_t(marks_[k >> 3] >> ((k & 7) * 8));
+    // The slack is never read for its value, only over; zero keeps it tidy.
+    if (tail < PackedRow::kSlack) std::memset(ends + tail, 0, PackedRow::kSlack - tail);
+    return PackedRow(b);
+}
+
+PackedRow PackedRowBuilder::build() const {
+    const bool marked = marked_ > 0 && std::any_of(marks_.begin(), marks_.end(),
+                                                   [](uint64_t word) { return word != 0; });
+    if (ends_.empty() && !marked) return PackedRow();
+    // The offsets' width covers the count, the bytes and the marked positions.
+    const uint64_t largest =
+        std::max<uint64_t>({uint64_t(size_), uint64_t(ends_.size()), uint64_t(marked_)});
+    if (largest <= UINT8_MAX) return buildWith<uint8_t>();
+    if (largest <= UINT16_MAX) return buildWith<uint16_t>();
+    if (largest <= UINT32_MAX) return buildWith<uint32_t>();
+    return buildWith<uint64_t>();
+}

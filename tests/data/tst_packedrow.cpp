@@ -1,0 +1,279 @@
+#include "data/editabledatacontainer.h"
+#include "testutilstore.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <numeric>
+
+using namespace testutil;
+
+namespace {
+
+// The store as the operations define it, cell by cell, with the quote mark of
+// every position: what the packed rows must reproduce through every edit.
+struct Mark {
+    QByteArray bytes;
+    bool quoted = false;
+    bool operator==(const Mark&) const = default;
+};
+
+struct Model {
+    QList<QList<Mark>> rows; // rows.size() is the row count
+    int columns = 0;
+
+    void fit() {
+        for (auto& r : rows)
+            r.resize(columns);
+    }
+    void setRows(int n) {
+        rows.resize(n);
+        fit();
+    }
+    void setColumns(int n) {
+        columns = n;
+        fit();
+    }
+};
+
+QString describe(const EditableDataContainer& c) {
+    QStringList rows;
+    for (int r = 0; r < c.rowCount(); ++r) {
+        QStringList cells;
+        for (int col = 0; col < c.columnCount(); ++col)
+            cells << (c.isQuoted(r, col) ? "q:" : "") + show(c.cellView(r, col));
+        rows << cells.join(u'|');
+    }
+    return QStringLiteral("%1x%2 ").arg(c.rowCount()).arg(c.columnCount()) + rows.join(" / ");
+}
+
+QString describe(const Model& m) {
+    QStringList rows;
+    for (const auto& row : m.rows) {
+        QStringList cells;
+        for (const Mark& cell : row)
+            cells << (cell.quoted ? "q:" : "") + show(cell.bytes);
+        rows << cells.join(u'|');
+    }
+    return QStringLiteral("%1x%2 ").arg(m.rows.size()).arg(m.columns) + rows.join(" / ");
+}
+
+// Lengths around the offset widths: a row's bytes pass 255 and 65535 as it
+// grows, and shrink back under them.
+QByteArray randomBytes(QRandomGenerator& random) {
+    static const int lengths[] = {0, 0, 1, 3, 15, 16, 17, 120, 255, 256};
+    const int n =
+        random.bounded(50) == 0 ? 66000 : lengths[random.bounded(int(std::size(lengths)))];
+    return QByteArray(n, char('a' + random.bounded(26)));
+}
+
+} // namespace
+
+class TestPackedRow : public QObject {
+    Q_OBJECT
+
+private slots:
+    void layout_data() {
+        QTest::addColumn<QList<int>>("lengths");
+        QTest::addColumn<QList<int>>("marked");
+        QTest::newRow("empty row, marks only") << QList<int>{} << QList<int>{0, 3};
+        QTest::newRow("one byte offsets, full") << QList<int>{100, 100, 55} << QList<int>{};
+        QTest::newRow("two byte offsets from 256") << QList<int>{100, 100, 56} << QList<int>{2};
+        QTest::newRow("two byte offsets, full") << QList<int>{65535} << QList<int>{0};
+        QTest::newRow("four byte offsets") << QList<int>{65535, 1} << QList<int>{1, 5};
+        QTest::newRow("many empty cells, few bytes")
+            << (QList<int>(300, 0) << 1) << QList<int>{299, 300, 301};
+        QTest::newRow("marks past 255 on a short row") << QList<int>{2, 0, 3} << QList<int>{700};
+    }
+
+    // Every cell and mark reads back whatever width the row's offsets take,
+    // and the row saves with its marked cells in quotes.
+    void layout() {
+        QFETCH(QList<int>, lengths);
+        QFETCH(QList<int>, marked);
+        CellList cells;
+        QByteArray expected;
+        const int columns =
+            std::max<int>(int(lengths.size()), marked.isEmpty() ? 0 : marked.back() + 1);
+        for (int i = 0; i < columns; ++i) {
+            const QByteArray bytes(i < lengths.size() ? lengths[i] : 0, char('a' + i % 26));
+            Cell cell{QByteArrayView(bytes)};
+            cell.setQuoted(marked.contains(i));
+            if (i < lengths.size()) cells.push_back(cell);
+            expected += (marked.contains(i) ? '"' + bytes + '"' : bytes) + ',';
+        }
+        expected.chop(1);
+        EditableDataContainer c;
+        c.setRow(0, std::move(cells));
+        for (int i : marked)
+            if (i >= lengths.size()) QVERIFY(c.setCell(0, i, "", true));
+        c.setLineEnding(UnixLineEnding);
+        QCOMPARE(c.storedCellCount(0), lengths.size());
+        QCOMPARE(c.columnCount(), columns);
+        for (int i = 0; i < columns; ++i) {
+            QCOMPARE(c.cellView(0, i).size(), i < lengths.size() ? lengths[i] : 0);
+            QCOMPARE(c.isQuoted(0, i), marked.contains(i));
+        }
+        QByteArray line;
+        c.rowToBytes(line, 0, All, {});
+        QCOMPARE(line, expected + '\n');
+    }
+
+    // Random edits on a store and on the model give the same cells and marks.
+    void editsMatchModel() {
+        QRandomGenerator random(5);
+        for (int round = 0; round < 40; ++round) {
+            EditableDataContainer c;
+            Model m;
+            for (int step = 0; step < 60; ++step) {
+                const int rows = int(m.rows.size()), columns = m.columns;
+                const int r = random.bounded(rows + 2), col = random.bounded(columns + 2);
+                QString what;
+                switch (random.bounded(12)) {
+                case 0:
+                case 1:
+                case 2: {
+                    const bool quoted = random.bounded(3) == 0;
+                    // Half the time the new bytes are another cell of the row,
+                    // passed as a view into the row itself.
+                    const int other = random.bounded(columns + 1);
+                    const bool alias = random.bounded(2);
+                    const QByteArray bytes = alias ? c.data(r, other) : randomBytes(random);
+                    what = QStringLiteral("setCell(%1, %2, %3 bytes, %4)")
+                               .arg(r)
+                               .arg(col)
+                               .arg(bytes.size())
+                               .arg(quoted);
+                    QVERIFY(c.setCell(r, col, alias ? c.cellView(r, other) : QByteArrayView(bytes),
+                                      quoted));
+                    if (r >= m.rows.size()) m.setRows(r + 1);
+                    if (col >= m.columns) m.setColumns(col + 1);
+                    m.rows[r][col] = {bytes, quoted};
+                    break;
+                }
+                case 3: {
+                    const int k = 1 + random.bounded(3);
+                    what = QStringLiteral("insertColumns(%1, %2)").arg(col).arg(k);
+                    c.insertColumns(col, k);
+                    if (col >= columns) {
+                        m.setColumns(col + k);
+                    } else {
+                        for (auto& row : m.rows)
+                            row.insert(col, k, Mark());
+                        m.columns += k;
+                    }
+                    break;
+                }
+                case 4: {
+                    const int k = 1 + random.bounded(3);
+                    what = QStringLiteral("removeColumns(%1, %2)").arg(col).arg(k);
+                    c.removeColumns(col, k);
+                    if (col < columns) {
+                        const int n = std::min(k, columns - col);
+                        for (auto& row : m.rows)
+                            row.remove(col, n);
+                        m.columns -= n;
+                    }
+                    break;
+                }
+                case 5: {
+                    const int n = random.bounded(columns + 3);
+                    what = QStringLiteral("setColumnCount(%1)").arg(n);
+                    c.setColumnCount(n);
+                    m.setColumns(n);
+                    break;
+                }
+                case 6: {
+                    const int from = random.bounded(columns + 1);
+                    what = QStringLiteral("copyColumn(%1, %2)").arg(from).arg(col);
+                    c.copyColumn(from, col);
+                    if (from == col) break;
+                    m.setColumns(std::max(columns, col + 1));
+                    for (auto& row : m.rows)
+                        row[col] = from < columns ? row[from] : Mark();
+                    break;
+                }
+                case 7: {
+                    std::vector<int> P(size_t(random.bounded(columns + 1)));
+                    std::iota(P.begin(), P.end(), 0);
+                    std::shuffle(P.begin(), P.end(), random);
+                    what = QStringLiteral("applyColumnPermutation of %1").arg(P.size());
+                    c.applyColumnPermutation(P);
+                    m.setColumns(std::max(columns, int(P.size())));
+                    for (auto& row : m.rows) {
+                        const QList<Mark> old = row;
+                        for (size_t i = 0; i < P.size(); ++i)
+                            row[P[i]] = old[int(i)];
+                    }
+                    break;
+                }
+                case 8: {
+                    if (c.storedRowCount() == 0) break;
+                    const int k = 1 + random.bounded(2);
+                    what = QStringLiteral("insertColumnList(%1, %2)").arg(col).arg(k);
+                    auto list = std::vector<CellList>(size_t(k));
+                    QList<QList<Mark>> given(k);
+                    for (int j = 0; j < k; ++j)
+                        for (int i = random.bounded(rows + 2); i > 0; --i) {
+                            Mark cell{randomBytes(random), random.bounded(2) == 0};
+                            list[size_t(j)].emplace_back(QByteArrayView(cell.bytes));
+                            list[size_t(j)].back().setQuoted(cell.quoted);
+                            given[j].append(cell);
+                        }
+                    c.insertColumnList(col, std::move(list));
+                    if (col >= columns) {
+                        m.setColumns(col + k);
+                    } else {
+                        for (auto& row : m.rows)
+                            row.insert(col, k, Mark());
+                        m.columns += k;
+                    }
+                    for (int j = 0; j < k; ++j) {
+                        if (given[j].size() > m.rows.size()) m.setRows(int(given[j].size()));
+                        for (int i = 0; i < given[j].size(); ++i)
+                            m.rows[i][col + j] = given[j][i];
+                    }
+                    break;
+                }
+                case 9: {
+                    const int k = 1 + random.bounded(2);
+                    what = QStringLiteral("insertRows(%1, %2) / removeRows").arg(r).arg(k);
+                    if (random.bounded(2)) {
+                        c.insertRows(r, k);
+                        if (r >= rows)
+                            m.setRows(r + k);
+                        else
+                            m.rows.insert(r, k, QList<Mark>(m.columns));
+                    } else {
+                        c.removeRows(r, k);
+                        if (r < rows) m.rows.remove(r, std::min(k, rows - r));
+                    }
+                    break;
+                }
+                default: {
+                    // A row taken out and put back elsewhere keeps its marks, as
+                    // an undone removal does.
+                    const int to = random.bounded(rows + 2);
+                    what = QStringLiteral("getRow(%1) / setRow(%2)").arg(r).arg(to);
+                    CellList cells;
+                    c.getRow(cells, r, All, {});
+                    c.setRow(to, std::move(cells));
+                    const QList<Mark> row = r < rows ? m.rows[r] : QList<Mark>(m.columns);
+                    if (to >= m.rows.size()) m.setRows(to + 1);
+                    m.rows[to] = row;
+                }
+                }
+                QVERIFY2(
+                    describe(c) == describe(m),
+                    qPrintable(QStringLiteral("round %1 step %2: %3\n got  %4\n want %5")
+                                   .arg(round)
+                                   .arg(step)
+                                   .arg(what, describe(c).left(2000), describe(m).left(2000))));
+            }
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPackedRow)
+#include "tst_packedrow.moc"
