@@ -195,14 +195,30 @@ public:
 
     bool lineStart(qint64 unit_offset) {
         if (c_.canceled.load(std::memory_order_relaxed)) return false;
-        if (report_ && unit_offset > next_report_) {
-            next_report_ += step_units_;
-            c_.progressHandshake(int(unit_offset / step_units_),
-                                 int(file_size_ / csv::kProgressStep + 1),
-                                 int(file_size_ / csv::kMiB));
+        if (report_) {
+            // Every step gets its report, in order, even where an offset
+            // passes more than one step at once.
+            const qint64 at = reportedOffset(unit_offset);
+            while (at > next_report_) {
+                const int index = int((next_report_ + 1) / step_units_);
+                next_report_ += step_units_;
+                c_.progressHandshake(index, int(file_size_ / csv::kProgressStep + 1),
+                                     int(file_size_ / csv::kMiB));
+            }
         }
         return true;
     }
+
+    // While another thread reads the second half of a chunk, this half's pace
+    // stands for both: offsets in [from, split) are reported as if the whole
+    // [from, to) went by, so the bar moves through the file instead of
+    // stalling at each middle and jumping at each chunk's end. In units.
+    void scaleProgress(qint64 from, qint64 split, qint64 to) {
+        scale_from_ = from;
+        scale_split_ = split;
+        scale_to_ = to;
+    }
+    void unscaleProgress() { scale_from_ = -1; }
 
     // Fields arrive left to right within a line, so the common case appends
     // to the line being gathered; empty fields are left as gaps, which cost
@@ -289,6 +305,16 @@ private:
     const bool report_;
     const qint64 step_units_;
     qint64 next_report_ = -1;
+    qint64 scale_from_ = -1;
+    qint64 scale_split_ = 0;
+    qint64 scale_to_ = 0;
+
+    qint64 reportedOffset(qint64 unit_offset) const {
+        if (scale_from_ < 0 || unit_offset < scale_from_ || unit_offset >= scale_split_)
+            return unit_offset;
+        return scale_from_ + (unit_offset - scale_from_) * (scale_to_ - scale_from_) /
+                                 (scale_split_ - scale_from_);
+    }
     qint64 current_row_ = -1;
     PackedRowBuilder scratch_;
 };
@@ -326,12 +352,15 @@ bool EditableDataContainer::feedChunk(Engine& engine, MakeEngine& make_engine, C
                 }
             });
             ReadWindow::Outcome outcome;
+            sink.scaleProgress(from / width, split / width, std::min(to, file_size) / width);
             try {
                 outcome = window.stream(engine, from, split);
             } catch (...) {
+                sink.unscaleProgress();
                 worker.join();
                 throw;
             }
+            sink.unscaleProgress();
             worker.join();
             if (side_error) std::rethrow_exception(side_error);
             ok = outcome != ReadWindow::Stopped;

@@ -2,6 +2,7 @@
 #include "data/editabledatacontainer.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -124,6 +125,39 @@ private slots:
         QVERIFY(load(path, qint64(1) << 40, qint64(1) << 30) == single);
         QVERIFY(load(path, 1024, qint64(1) << 30) == single);
         QVERIFY(load(path, 1024, 1536 * 1024 + 3) == single);
+    }
+
+    // The second half of a split chunk is read on another thread; the bar
+    // must still pass through every step of the file in order, not stall at
+    // each middle and jump at each chunk's end.
+    void progressThroughSplitChunks() {
+        const QString path = dir.filePath("progress.csv");
+        {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            const QByteArray line = QByteArray(118, 'x') + ",abcdefgh\n"; // 128 bytes
+            for (qint64 written = 0; written < 64 * csv::kMiB; written += line.size())
+                f.write(line);
+        }
+        const qint64 size = QFileInfo(path).size();
+        EditableDataContainer c;
+        c.setFilepath(path);
+        c.setParallelThreshold(csv::kMiB);
+        c.setChunkLimit(32 * csv::kMiB);
+        QList<int> got;
+        QList<qint64> rows_at_report;
+        connect(&c, &AbstractDataContainer::loadProgressUpdateSignal, [&](int curr, int, int) {
+            got << curr;
+            rows_at_report << c.storedRowCount();
+        });
+        QVERIFY(c.loadCSV());
+        QList<int> want;
+        for (qint64 at = 0; at < size; at += csv::kProgressStep)
+            want << int(at / csv::kProgressStep);
+        QCOMPARE(got, want);
+        // Report 3 stands for 24 MiB, in the second half of the first chunk:
+        // it comes while that chunk's first half is still being read.
+        QVERIFY(rows_at_report[3] * 128 < 16 * csv::kMiB);
     }
 };
 
