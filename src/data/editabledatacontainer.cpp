@@ -1024,3 +1024,22 @@ void EditableDataContainer::columnToBytesWide(QByteArray& out, int column, Selec
                                               const IndexList& chosen_rows) const {
     columnToBytes(out, column, mode, chosen_rows);
 }
+
+int EditableDataContainer::findInColumn(int column, int from, int step, int limit,
+                                        bool want_filled) const {
+    // Distances ahead for the two prefetches: far enough to cover a memory
+    // access, near enough to stay in cache until used.
+    constexpr int kHeaderAhead = 16;
+    constexpr int kEndAhead = 8;
+    const int stored = rows.size();
+    auto filled = [&](int r) { return r < stored && !rows[r].isEmptyAt(column); };
+    for (int r = from; step > 0 ? r <= limit : r >= limit; r += step) {
+        const int h = r + step * kHeaderAhead, e = r + step * kEndAhead;
+        if (h >= 0 && h < stored) rows[h].prefetchHeader();
+        if (e >= 0 && e < stored) rows[e].prefetchEnd(column);
+        // Past the stored rows every cell is empty.
+        if (step > 0 && r >= stored) return want_filled ? limit + step : r;
+        if (filled(r) == want_filled) return r;
+    }
+    return limit + step;
+}

@@ -70,6 +70,10 @@ public:
         if (row < 0 || row >= rows.size() || column < 0 || column >= rows[row].size()) return {};
         return rows[row].cell(column);
     }
+    // The first row from `from`, stepping by `step` (+1 or -1) up to and
+    // including `limit`, whose cell in `column` is filled (or empty, with
+    // `want_filled` false); `limit + step` when there is none.
+    int findInColumn(int column, int from, int step, int limit, bool want_filled) const;
     int storedRowCount() const { return rows.size(); }
     int storedCellCount(int row) const {
         return row >= 0 && row < rows.size() ? rows[row].size() : 0;

@@ -148,23 +148,31 @@ int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
     if (next < 0 || (step > 0 && next >= size)) return pos;
     const int limit = step > 0 ? size - 1 : INT_MAX;
     auto in_range = [&](int p) { return p >= 0 && p <= limit; };
+    // The first position from p on whose fill is `want`, or the first past
+    // the range. Down a column of the editable store this is the container's
+    // own walk, which reads ahead of itself.
+    auto seek = [&](int p, bool want) {
+        if (vertical && !transposed && container_kind != ReadOnlyKind && in_range(p))
+            return static_cast<const EditableDataContainer*>(container.get())
+                ->findInColumn(raw_column, p, step, step > 0 ? limit : 0, want);
+        while (in_range(p) && filled(p) != want)
+            p += step;
+        return p;
+    };
     const bool cell_filled = filled(pos);
     const bool next_filled = filled(next);
     if (cell_filled != next_filled) {
         // From a gap onto data: one step.
         if (!cell_filled || next_filled) return next;
         // From the end of data across a gap to the next data, or to the edge.
-        int p = pos + 2 * step;
-        while (in_range(p) && !filled(p))
-            p += step;
+        const int p = seek(pos + 2 * step, true);
         return step > 0 ? std::min(p, limit) : p;
     }
-    for (int p = pos + 2 * step; in_range(p); p += step) {
-        const bool f = filled(p);
-        if (f == cell_filled) continue;
+    int p = seek(pos + 2 * step, !cell_filled);
+    if (in_range(p)) {
         // A run of data ends on its last filled cell; a run of blanks on the
         // first filled one.
-        if (!f) p -= step;
+        if (cell_filled) p -= step;
         return std::min(std::max(p, 0), limit);
     }
     return step > 0 ? limit : 0;
