@@ -140,6 +140,10 @@ private:
     void addRecent(const QString& filepath);
     void removeRecent(const QString& filepath);
     QString ask(const QString& text, const QStringList& buttons);
+    // Asks before a file at `target` is replaced; true when it may go.
+    bool mayOverwrite(const QString& target);
+    // Before a reload drops the edits: save, don't, or stop (false).
+    bool saveBeforeReload(TableView* view);
     // Settles the dialect of a file to open and stores it on the view.
     void settleDialect(TableView* view, const QString& filepath, const ExtensionData* params);
     void loadView(TableView* view, const QString& filepath);

@@ -348,18 +348,21 @@ void MainWindow::reloadFile(TableView* view) {
     loadView(view, path);
 }
 
+bool MainWindow::saveBeforeReload(TableView* view) {
+    const QString name = QFileInfo(view->model()->tableData().filepath()).fileName();
+    const QString answer =
+        ask(QStringLiteral("Do you want to save changes to %1?\nIf not, changes will be lost.")
+                .arg(name),
+            {QStringLiteral("&Save"), QStringLiteral("Do&n't Save"), QStringLiteral("&Cancel")});
+    if (answer == QStringLiteral("&Cancel") || answer.isEmpty()) return false;
+    return answer != QStringLiteral("&Save") || saveTable(view);
+}
+
 bool MainWindow::setReadOnly(TableView* view, bool read_only) {
     if (!view || view->model()->isReadOnly() == read_only) return false;
     const QString path = view->model()->tableData().filepath();
     if (path.isEmpty()) return false;
-    if (!view->undoStack()->isClean()) {
-        const QString answer = ask(
-            QStringLiteral("Do you want to save changes to %1?\nIf not, changes will be lost.")
-                .arg(QFileInfo(path).fileName()),
-            {QStringLiteral("&Save"), QStringLiteral("Do&n't Save"), QStringLiteral("&Cancel")});
-        if (answer == QStringLiteral("&Cancel") || answer.isEmpty()) return false;
-        if (answer == QStringLiteral("&Save") && !saveTable(view)) return false;
-    }
+    if (!view->undoStack()->isClean() && !saveBeforeReload(view)) return false;
     view->model()->setReadOnly(read_only);
     view->undoStack()->clear();
     loadView(view, path);
@@ -374,14 +377,7 @@ bool MainWindow::reloadWithParameters(TableView* view, const QString& delimiter,
         standard == m->parsingStandard())
         return false;
     const QString path = m->tableData().filepath();
-    if (!m->isReadOnly() && !view->undoStack()->isClean()) {
-        const QString answer = ask(
-            QStringLiteral("Do you want to save changes to %1?\nIf not, changes will be lost.")
-                .arg(QFileInfo(path).fileName()),
-            {QStringLiteral("&Save"), QStringLiteral("Do&n't Save"), QStringLiteral("&Cancel")});
-        if (answer == QStringLiteral("&Cancel") || answer.isEmpty()) return false;
-        if (answer == QStringLiteral("&Save") && !saveTable(view)) return false;
-    }
+    if (!m->isReadOnly() && !view->undoStack()->isClean() && !saveBeforeReload(view)) return false;
     m->setDelimiter(delimiter, m->delimiterSave());
     m->setEncoding(encoding);
     m->setParsingStandard(standard);
@@ -445,6 +441,18 @@ bool MainWindow::renameFile(const QString& filepath_old, const QString& filepath
     return true;
 }
 
+bool MainWindow::mayOverwrite(const QString& target) {
+    if (!QFileInfo::exists(target)) return true;
+    const QString answer =
+        ask(QStringLiteral("A file already exists there. Do you want to overwrite it?"),
+            {QStringLiteral("&Overwrite"), QStringLiteral("Do&n't Overwrite"),
+             QStringLiteral("&Cancel")});
+    if (answer != QStringLiteral("&Overwrite")) return false;
+    // The tab of the file about to be replaced goes without a question.
+    if (TableView* open = viewForPath(target)) removeView(open);
+    return true;
+}
+
 bool MainWindow::moveFileTo(const QString& src_filepath, const QString& folder) {
     const QFileInfo src(src_filepath);
     if (!src.exists()) {
@@ -454,29 +462,15 @@ bool MainWindow::moveFileTo(const QString& src_filepath, const QString& folder) 
     }
     const QString target = QDir(folder).absoluteFilePath(src.fileName());
     if (target == src.absoluteFilePath()) return false;
-    if (QFileInfo::exists(target)) {
-        const QString answer =
-            ask(QStringLiteral("A file already exists there. Do you want to overwrite it?"),
-                {QStringLiteral("&Overwrite"), QStringLiteral("Do&n't Overwrite"),
-                 QStringLiteral("&Cancel")});
-        if (answer != QStringLiteral("&Overwrite")) return false;
-        if (TableView* open = viewForPath(target)) removeView(open);
-        if (!QFile::remove(target)) return false;
-    }
+    if (!mayOverwrite(target) || (QFileInfo::exists(target) && !QFile::remove(target)))
+        return false;
     return renameFile(src.absoluteFilePath(), target);
 }
 
 bool MainWindow::duplicateFileTo(TableView* view, const QString& filepath) {
     if (!view || filepath.isEmpty()) return false;
     const QString target = QFileInfo(filepath).absoluteFilePath();
-    if (QFileInfo::exists(target)) {
-        const QString answer =
-            ask(QStringLiteral("A file already exists there. Do you want to overwrite it?"),
-                {QStringLiteral("&Overwrite"), QStringLiteral("Do&n't Overwrite"),
-                 QStringLiteral("&Cancel")});
-        if (answer != QStringLiteral("&Overwrite")) return false;
-        if (TableView* open = viewForPath(target)) removeView(open);
-    }
+    if (!mayOverwrite(target)) return false;
     TableData& data = view->model()->tableData();
     const QString own = data.filepath();
     const bool ok = data.saveAs(target, true, false);

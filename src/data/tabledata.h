@@ -124,6 +124,9 @@ public slots:
 private:
     // Row and column as the container stores them.
     bool setStoredCell(int row, int column, const QString& text);
+    // Line surgery on the stored axis (rows, or columns when false).
+    bool insertLines(bool stored_rows, int model_pos, int count);
+    bool removeLines(bool stored_rows, int model_pos, int count);
     void emitTableSize();
     void applyDialectTo(AbstractDataContainer& c);
 

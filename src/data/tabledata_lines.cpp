@@ -29,13 +29,13 @@ bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
     return container->data(raw_row, raw_column).isEmpty();
 }
 
-bool TableData::insertRows(int model_row, int count) {
-    if (count < 1 || model_row < 0) return false;
-    // With the table transposed a model row is a stored column.
-    const bool stored_rows = !transposed;
+// With the table transposed a model row is a stored column; each line form
+// works on the stored axis it stands for.
+bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
+    if (count < 1 || model_pos < 0) return false;
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
-    const int raw = indexmapping::rawFromModel(hidden, model_row);
+    const int raw = indexmapping::rawFromModel(hidden, model_pos);
     shiftHiddenForInsert(hidden, raw, count);
     if (raw >= num_raw) return true; // past the data: nothing is stored there
     const bool ok =
@@ -46,20 +46,12 @@ bool TableData::insertRows(int model_row, int count) {
     return true;
 }
 
+bool TableData::insertRows(int model_row, int count) {
+    return insertLines(!transposed, model_row, count);
+}
+
 bool TableData::insertColumns(int model_column, int count) {
-    if (count < 1 || model_column < 0) return false;
-    const bool stored_columns = !transposed;
-    std::vector<int>& hidden = stored_columns ? hidden_columns : hidden_rows;
-    int& num_raw = stored_columns ? num_raw_cols : num_raw_rows;
-    const int raw = indexmapping::rawFromModel(hidden, model_column);
-    shiftHiddenForInsert(hidden, raw, count);
-    if (raw >= num_raw) return true;
-    const bool ok =
-        stored_columns ? container->insertColumns(raw, count) : container->insertRows(raw, count);
-    if (!ok) return false;
-    num_raw += count;
-    emitTableSize();
-    return true;
+    return insertLines(transposed, model_column, count);
 }
 
 namespace {
@@ -100,12 +92,11 @@ void dropHiddenForRemoval(std::vector<int>& hidden, const std::vector<Run>& runs
 
 } // namespace
 
-bool TableData::removeRows(int model_row, int count) {
-    if (count < 1 || model_row < 0) return false;
-    const bool stored_rows = !transposed;
+bool TableData::removeLines(bool stored_rows, int model_pos, int count) {
+    if (count < 1 || model_pos < 0) return false;
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
-    const std::vector<Run> runs = rawRuns(hidden, model_row, count, num_raw);
+    const std::vector<Run> runs = rawRuns(hidden, model_pos, count, num_raw);
     if (runs.empty()) return true;
     for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
         const bool ok = stored_rows ? container->removeRows(it->start, it->length)
@@ -118,22 +109,12 @@ bool TableData::removeRows(int model_row, int count) {
     return true;
 }
 
+bool TableData::removeRows(int model_row, int count) {
+    return removeLines(!transposed, model_row, count);
+}
+
 bool TableData::removeColumns(int model_column, int count) {
-    if (count < 1 || model_column < 0) return false;
-    const bool stored_columns = !transposed;
-    std::vector<int>& hidden = stored_columns ? hidden_columns : hidden_rows;
-    int& num_raw = stored_columns ? num_raw_cols : num_raw_rows;
-    const std::vector<Run> runs = rawRuns(hidden, model_column, count, num_raw);
-    if (runs.empty()) return true;
-    for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
-        const bool ok = stored_columns ? container->removeColumns(it->start, it->length)
-                                       : container->removeRows(it->start, it->length);
-        if (!ok) return false;
-    }
-    dropHiddenForRemoval(hidden, runs);
-    num_raw = stored_columns ? container->columnCount() : container->rowCount();
-    emitTableSize();
-    return true;
+    return removeLines(transposed, model_column, count);
 }
 
 int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
