@@ -207,6 +207,8 @@ void MainWindow::setCurrentView(TableView* view) {
     if (index < 0) return;
     pane_view->setCurrentTableView(view);
     if (tab_bar->currentIndex() != index) tab_bar->setCurrentIndex(index);
+    status_bar->refresh();
+    metadata->refresh();
     updateTitle();
     view->setFocus();
 }

@@ -17,6 +17,8 @@ TableModel::TableModel(bool read_only_flag, QObject* parent)
     : QAbstractTableModel(parent), read_only(read_only_flag) {
     registerRangeMetaTypes();
     qRegisterMetaType<Context>("Context");
+    // No main cell until the first load or selection sets one.
+    main_cell.row = main_cell.col = -1;
     connect(&table_data, &TableData::startProgressUpdateSignal, this,
             &TableModel::startProgressUpdateSignal);
     connect(&table_data, &TableData::loadProgressUpdateSignal, this,
