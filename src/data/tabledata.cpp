@@ -54,6 +54,23 @@ void TableData::applyDialectTo(AbstractDataContainer& c) {
     c.setSaveTrailingDelimiters(save_trailing_delimiters);
 }
 
+// ---- Fill bits ----
+
+const std::vector<uint64_t>& TableData::fillBits(int stored_column) const {
+    auto found = fill_bits.find(stored_column);
+    if (found != fill_bits.end()) return found->second;
+    const int stored_rows = transposed ? num_raw_cols : num_raw_rows;
+    std::vector<uint64_t> bits(size_t(stored_rows + 63) / 64, 0);
+    if (container_kind != ReadOnlyKind) {
+        const auto* c = static_cast<const EditableDataContainer*>(container.get());
+        // The container's own walk reads ahead of itself.
+        for (int r = c->findInColumn(stored_column, 0, 1, stored_rows - 1, true); r < stored_rows;
+             r = c->findInColumn(stored_column, r + 1, 1, stored_rows - 1, true))
+            bits[size_t(r) / 64] |= uint64_t(1) << (r % 64);
+    }
+    return fill_bits.emplace(stored_column, std::move(bits)).first->second;
+}
+
 void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
                      const QString& delimiter_open, const QString& delimiter_save_text,
                      EncodingType encoding_value, ParsingStandard standard) {
@@ -65,6 +82,7 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
     container.reset();
     delete load_thread;
     load_thread = nullptr;
+    forgetFillBits();
     num_raw_rows = num_raw_cols = 0;
     container_kind = read_only ? ReadOnlyKind : EditableKind;
 
@@ -114,6 +132,7 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
 
 void TableData::onLoadFinished() {
     loading = false;
+    forgetFillBits();
     num_raw_rows = container->rowCount();
     num_raw_cols = container->columnCount();
     emit loadFinishedSignal();
@@ -179,6 +198,7 @@ void TableData::setEncoding(EncodingType value, bool convert_cells) {
     codec = codecForEncoding(value);
     container->setEncoding(value);
     if (!convert_cells || old_encoding == value) return;
+    forgetFillBits();
     const int n = container->rowCount();
     CellList cells;
     for (int r = 0; r < n; ++r) {
@@ -251,8 +271,22 @@ bool TableData::setStoredCell(int row, int column, const QString& text) {
         num_raw_cols = column + 1;
         grew = true;
     }
-    if (grew) emitTableSize();
+    if (grew) {
+        forgetFillBits();
+        emitTableSize();
+    }
     const QByteArray bytes = encodeCell(text, encoding, codec);
+    // Bits of the cell's column follow the write.
+    if (auto bits = fill_bits.find(transposed ? row : column); bits != fill_bits.end()) {
+        const int line = transposed ? column : row;
+        if (size_t(line) / 64 >= bits->second.size()) {
+            fill_bits.erase(bits);
+        } else if (bytes.isEmpty()) {
+            bits->second[size_t(line) / 64] &= ~(uint64_t(1) << (line % 64));
+        } else {
+            bits->second[size_t(line) / 64] |= uint64_t(1) << (line % 64);
+        }
+    }
     const QByteArray old = container->data(row, column, true);
     if (!container->setCell(row, column, bytes)) return false;
     return old != bytes;
@@ -320,6 +354,7 @@ int TableData::trailingEmptyColumns(bool no_swap) const {
 }
 
 bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
+    forgetFillBits();
     if (container_kind == ReadOnlyKind) {
         static_cast<ReadOnlyDataContainer*>(container.get())->setRowMap(indexes);
         return true;
@@ -340,6 +375,7 @@ bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
 }
 
 void TableData::applyColumnOrder(std::vector<int>& indexes) {
+    forgetFillBits();
     if (container_kind == ReadOnlyKind) {
         static_cast<ReadOnlyDataContainer*>(container.get())->setColumnMap(indexes);
         return;

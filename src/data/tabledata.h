@@ -9,7 +9,9 @@
 #include <QVariant>
 
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 class EditableDataContainer;
@@ -87,7 +89,10 @@ public:
     void setHiddenColumns(std::vector<int> columns) { hidden_columns = std::move(columns); }
     const std::vector<int>& hiddenRows() const { return hidden_rows; }
     const std::vector<int>& hiddenColumns() const { return hidden_columns; }
-    void setTransposed(bool on) { transposed = on; }
+    void setTransposed(bool on) {
+        transposed = on;
+        forgetFillBits();
+    }
     bool isTransposed() const { return transposed; }
     bool isLoading() const { return loading; }
     ContainerKind containerKind() const { return ContainerKind(container_kind); }
@@ -124,6 +129,12 @@ public slots:
 private:
     // Row and column as the container stores them.
     bool setStoredCell(int row, int column, const QString& text);
+    // Which rows of a stored column hold text, one bit a row, made on the
+    // first block move down that column and kept until the data changes, so
+    // that further moves over millions of rows read bits, not rows. Every
+    // change of cells through this class keeps them right or drops them.
+    const std::vector<uint64_t>& fillBits(int stored_column) const;
+    void forgetFillBits() const { fill_bits.clear(); }
     // Line surgery on the stored axis (rows, or columns when false).
     bool insertLines(bool stored_rows, int model_pos, int count);
     bool removeLines(bool stored_rows, int model_pos, int count);
@@ -155,4 +166,5 @@ private:
     QThread worker_thread;
     std::array<TableDataWorker*, 2> workers{};
     bool sort_completed = false;
+    mutable std::unordered_map<int, std::vector<uint64_t>> fill_bits;
 };

@@ -33,6 +33,7 @@ bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
 // works on the stored axis it stands for.
 bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
     if (count < 1 || model_pos < 0) return false;
+    forgetFillBits();
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
     const int raw = indexmapping::rawFromModel(hidden, model_pos);
@@ -90,10 +91,45 @@ void dropHiddenForRemoval(std::vector<int>& hidden, const std::vector<Run>& runs
     hidden.swap(kept);
 }
 
+// The first position from p, stepping by step up to and including limit,
+// whose bit is `want`; limit + step when none. Rows past the bits are empty.
+int seekBits(const std::vector<uint64_t>& bits, int p, int step, int limit, bool want) {
+    const int stored = int(bits.size() * 64);
+    auto word = [&](int w) { return want ? bits[size_t(w)] : ~bits[size_t(w)]; };
+    if (step > 0) {
+        while (p <= limit) {
+            if (p >= stored) return want ? limit + 1 : p;
+            const uint64_t hits = word(p / 64) >> (p % 64);
+            if (hits) {
+                const int at = p + __builtin_ctzll(hits);
+                return at <= limit ? at : limit + 1;
+            }
+            p = (p / 64 + 1) * 64;
+        }
+        return limit + 1;
+    }
+    while (p >= limit) {
+        if (p >= stored) {
+            if (!want) return p;
+            p = stored - 1;
+            continue;
+        }
+        const int shift = 63 - p % 64;
+        const uint64_t hits = word(p / 64) << shift;
+        if (hits) {
+            const int at = p - __builtin_clzll(hits);
+            return at >= limit ? at : limit - 1;
+        }
+        p = (p / 64) * 64 - 1;
+    }
+    return limit - 1;
+}
+
 } // namespace
 
 bool TableData::removeLines(bool stored_rows, int model_pos, int count) {
     if (count < 1 || model_pos < 0) return false;
+    forgetFillBits();
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
     const std::vector<Run> runs = rawRuns(hidden, model_pos, count, num_raw);
@@ -134,8 +170,7 @@ int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
     // own walk, which reads ahead of itself.
     auto seek = [&](int p, bool want) {
         if (vertical && !transposed && container_kind != ReadOnlyKind && in_range(p))
-            return static_cast<const EditableDataContainer*>(container.get())
-                ->findInColumn(raw_column, p, step, step > 0 ? limit : 0, want);
+            return seekBits(fillBits(raw_column), p, step, step > 0 ? limit : 0, want);
         while (in_range(p) && filled(p) != want)
             p += step;
         return p;

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <random>
 #include <set>
 
 // A table model as the grid sees it: sizes, labels, colours and the
@@ -318,6 +319,70 @@ private slots:
         // The transposed table answers the same along the other axis.
         m.tableData().setTransposed(true);
         QCOMPARE(m.tableData().blockTarget(0, from, direction + 2), to);
+    }
+
+    // The block rule keeps what it learnt of a column between moves; edits,
+    // inserted and removed rows must show in the next move at once.
+    void blockRuleFollowsEdits() {
+        TableModel m;
+        QByteArray file;
+        for (int r = 0; r < 300; ++r)
+            file += (r < 100 || r >= 250 ? "v" : "") + QByteArray(",z\n");
+        load(m, file);
+        TableData& d = m.tableData();
+        QCOMPARE(d.blockTarget(0, 0, 1), 99);
+        QCOMPARE(d.blockTarget(99, 0, 1), 250);
+        QCOMPARE(d.blockTarget(299, 0, 0), 250);
+        QVERIFY(m.setDataSilent(180, 0, "x"));
+        QCOMPARE(d.blockTarget(99, 0, 1), 180);
+        QCOMPARE(d.blockTarget(250, 0, 0), 180);
+        QVERIFY(m.setDataSilent(180, 0, ""));
+        QCOMPARE(d.blockTarget(99, 0, 1), 250);
+        QVERIFY(m.insertRows(0, 10)); // everything moves down by ten
+        QCOMPARE(d.blockTarget(9, 0, 1), 10);
+        QCOMPARE(d.blockTarget(10, 0, 1), 109);
+        QCOMPARE(d.blockTarget(109, 0, 1), 260);
+        QVERIFY(m.removeRows(0, 200));
+        QCOMPARE(d.blockTarget(0, 0, 1), 60);
+    }
+
+    // Random columns against the rule written out plainly, cell by cell.
+    void blockRuleMatchesThePlainWalk() {
+        std::mt19937 rng(5);
+        for (int round = 0; round < 20; ++round) {
+            const int rows = 1 + int(rng() % 400);
+            std::vector<bool> f(static_cast<size_t>(rows));
+            QByteArray file;
+            const int density = 1 + int(rng() % 9);
+            for (int r = 0; r < rows; ++r) {
+                f[size_t(r)] = int(rng() % 10) < density;
+                file += (f[size_t(r)] ? "v" : "") + QByteArray(",z\n");
+            }
+            TableModel m;
+            load(m, file);
+            auto filled = [&](int r) { return r >= 0 && r < rows && f[size_t(r)]; };
+            auto plain = [&](int pos, int dir) {
+                const int step = dir == 0 ? -1 : 1, next = pos + step;
+                if (next < 0 || next >= rows) return pos;
+                const int limit = step > 0 ? rows - 1 : INT_MAX;
+                auto in = [&](int p) { return p >= 0 && p <= limit; };
+                if (filled(pos) != filled(next)) {
+                    if (!filled(pos) || filled(next)) return next;
+                    int p = pos + 2 * step;
+                    while (in(p) && !filled(p))
+                        p += step;
+                    return step > 0 ? std::min(p, limit) : p;
+                }
+                for (int p = pos + 2 * step; in(p); p += step)
+                    if (filled(p) != filled(pos))
+                        return std::clamp(filled(p) ? p : p - step, 0, limit);
+                return step > 0 ? limit : 0;
+            };
+            for (int q = 0; q < 40; ++q) {
+                const int pos = int(rng() % unsigned(rows)), dir = int(rng() % 2);
+                QCOMPARE(m.tableData().blockTarget(pos, 0, dir), plain(pos, dir));
+            }
+        }
     }
 
     void settersReachTheData() {
