@@ -132,7 +132,7 @@ int benchView(const QStringList& args) {
     }
 
     std::mt19937 rng(11);
-    std::vector<double> scroll_ms, page_ms, block_ms;
+    std::vector<double> scroll_ms, page_ms, block_ms, block_paint_ms;
     QScrollBar* vbar = view.verticalScrollBar();
     QScrollBar* hbar = view.horizontalScrollBar();
     for (int i = 0; i < frames; ++i) {
@@ -151,22 +151,29 @@ int benchView(const QStringList& args) {
     for (int i = 0; i < frames / 2; ++i) {
         const Range start(int(rng() % unsigned(rows)), int(rng() % unsigned(cols)), Range::Model);
         model->selectSingleCell(start);
-        block_ms.push_back(
-            frame(view, counter, [&] { press(&view, Qt::Key_Down, Qt::ControlModifier); }));
-        block_ms.push_back(
-            frame(view, counter, [&] { press(&view, Qt::Key_Up, Qt::ControlModifier); }));
+        for (const int key : {int(Qt::Key_Down), int(Qt::Key_Up)}) {
+            block_ms.push_back(
+                frame(view, counter, [&] { press(&view, key, Qt::ControlModifier); }));
+            // The paint alone at the place the jump reached, apart from the
+            // walk down the column that found it.
+            QElapsedTimer paint;
+            paint.start();
+            view.viewport()->repaint();
+            block_paint_ms.push_back(elapsedMs(paint));
+        }
     }
 
     struct rusage usage {};
     getrusage(RUSAGE_SELF, &usage);
-    const Stats s = stats(scroll_ms), p = stats(page_ms), b = stats(block_ms);
+    const Stats s = stats(scroll_ms), p = stats(page_ms), b = stats(block_ms),
+                bp = stats(block_paint_ms);
     std::printf("op=view bytes=%lld rows=%d cols=%d load_seconds=%.3f load_max_gui_gap_ms=%.1f "
                 "first_frame_ms=%.1f "
                 "scroll_median_ms=%.2f scroll_p99_ms=%.2f pagedown_median_ms=%.2f "
                 "pagedown_p99_ms=%.2f block_median_ms=%.2f block_p99_ms=%.2f block_max_ms=%.2f "
-                "peak_rss_bytes=%lld\n",
+                "block_paint_median_ms=%.2f block_paint_p99_ms=%.2f peak_rss_bytes=%lld\n",
                 (long long)QFileInfo(path).size(), rows, cols, load_s, load_gap_ms, first_frame_ms,
-                s.median, s.p99, p.median, p.p99, b.median, b.p99, b.max,
+                s.median, s.p99, p.median, p.p99, b.median, b.p99, b.max, bp.median, bp.p99,
                 (long long)usage.ru_maxrss * 1024);
     return 0;
 }
