@@ -454,7 +454,8 @@ private slots:
             view.resize(420, 260);
             view.show();
             const QImage image = view.grab().toImage();
-            image.save(QDir::current().filePath("model-theme-" + name + ".png"));
+            image.save(QDir(QCoreApplication::applicationDirPath())
+                           .filePath("model-theme-" + name + ".png"));
             const QRect cell = view.visualRect(m.index(4, 1)); // plain row 4 is even
             const QPoint at =
                 view.viewport()->mapTo(&view, cell.center() + QPoint(cell.width() / 3, 0));

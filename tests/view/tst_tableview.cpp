@@ -319,7 +319,8 @@ private slots:
         m.deselectCell(6, 5);
         view->refreshView();
         const QImage image = view->grab().toImage();
-        QVERIFY(image.save(QDir::current().filePath("view-selection.png")));
+        QVERIFY(image.save(
+            QDir(QCoreApplication::applicationDirPath()).filePath("view-selection.png")));
         const QRect hole = view->visualRect(m.index(6, 5));
         const QPoint at = view->viewport()->mapTo(view.get(), hole.topLeft() + QPoint(2, 2));
         QVERIFY(image.pixelColor(at) != m.currentTheme().color(Theme::SelectedCellColor));
