@@ -9,6 +9,30 @@
 #include <cstring>
 #include <new>
 
+// Copies a few bytes with fixed-size moves that overlap instead of a library
+// call: most cells are a few bytes, and the call dominated their copying.
+inline void copySmallBytes(char* dst, const char* src, size_t size) noexcept {
+    if (size >= 16) {
+        std::memcpy(dst, src, size);
+    } else if (size >= 8) {
+        uint64_t a, b;
+        std::memcpy(&a, src, 8);
+        std::memcpy(&b, src + size - 8, 8);
+        std::memcpy(dst, &a, 8);
+        std::memcpy(dst + size - 8, &b, 8);
+    } else if (size >= 4) {
+        uint32_t a, b;
+        std::memcpy(&a, src, 4);
+        std::memcpy(&b, src + size - 4, 4);
+        std::memcpy(dst, &a, 4);
+        std::memcpy(dst + size - 4, &b, 4);
+    } else if (size) {
+        dst[0] = src[0];
+        dst[size / 2] = src[size / 2];
+        dst[size - 1] = src[size - 1];
+    }
+}
+
 // The bytes of one cell, in the file's encoding, owned by the cell.
 //
 // Sixteen bytes in all: up to 15 bytes live inline and cost no allocation,
@@ -128,31 +152,10 @@ private:
         uint64_t word = uint64_t(size) | (uint64_t(kHeapTag) << 56);
         std::memcpy(raw_ + 8, &word, 8);
     }
-    // Fixed-size moves that overlap instead of a library call per cell: most
-    // cells are a few bytes, and the call dominated their construction.
-    static void copySmall(char* dst, const char* src, size_t size) noexcept {
-        if (size >= 8) {
-            uint64_t a, b;
-            std::memcpy(&a, src, 8);
-            std::memcpy(&b, src + size - 8, 8);
-            std::memcpy(dst, &a, 8);
-            std::memcpy(dst + size - 8, &b, 8);
-        } else if (size >= 4) {
-            uint32_t a, b;
-            std::memcpy(&a, src, 4);
-            std::memcpy(&b, src + size - 4, 4);
-            std::memcpy(dst, &a, 4);
-            std::memcpy(dst + size - 4, &b, 4);
-        } else if (size) {
-            dst[0] = src[0];
-            dst[size / 2] = src[size / 2];
-            dst[size - 1] = src[size - 1];
-        }
-    }
     Q_ALWAYS_INLINE void initFrom(const char* bytes, size_t size) {
         if (size <= size_t(kInlineCapacity)) {
             clearRaw();
-            copySmall(raw_, bytes, size);
+            copySmallBytes(raw_, bytes, size);
             raw_[15] = char(size);
             return;
         }

@@ -214,7 +214,7 @@ public:
 
     Q_ALWAYS_INLINE void append(const char* p, size_t n) {
         if (Q_UNLIKELY(capacity_ - size_ < n)) grow(n);
-        copySmall(data_ + size_, p, n);
+        copySmallBytes(data_ + size_, p, n);
         size_ += n;
         ends_.emplace_back(size_);
     }
@@ -285,29 +285,6 @@ public:
     PackedRow build() const;
 
 private:
-    // Overlapping fixed-size moves: most cells are a few bytes, and a library
-    // call per cell would dominate.
-    static void copySmall(char* dst, const char* src, size_t size) noexcept {
-        if (size >= 16) {
-            std::memcpy(dst, src, size);
-        } else if (size >= 8) {
-            uint64_t a, b;
-            std::memcpy(&a, src, 8);
-            std::memcpy(&b, src + size - 8, 8);
-            std::memcpy(dst, &a, 8);
-            std::memcpy(dst + size - 8, &b, 8);
-        } else if (size >= 4) {
-            uint32_t a, b;
-            std::memcpy(&a, src, 4);
-            std::memcpy(&b, src + size - 4, 4);
-            std::memcpy(dst, &a, 4);
-            std::memcpy(dst + size - 4, &b, 4);
-        } else if (size) {
-            dst[0] = src[0];
-            dst[size / 2] = src[size / 2];
-            dst[size - 1] = src[size - 1];
-        }
-    }
     Q_NEVER_INLINE void grow(size_t n);
     template <class T> PackedRow buildWith() const;
 
