@@ -31,9 +31,6 @@ TableModel::TableModel(bool read_only_flag, QObject* parent)
     connect(&table_data, &TableData::saveFinishedSignal, this, &TableModel::onSaveFinished);
     connect(&table_data, &TableData::updateProgressSignal, this, &TableModel::updateProgress);
 
-    number_regex.setPattern(QStringLiteral(
-        "(?<num>(((\\+|-)?((\\d+|\\d*(\\.\\d+)?))(e|E)(\\+|-)?\\d+)|(\\+|-)?\\d*(\\.\\d+)?))"));
-
     double scale = 1.0;
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         scale = screen->logicalDotsPerInchX() / 96.0;
@@ -203,17 +200,11 @@ bool TableModel::setDataSilent(int model_row, int model_col, const QString& text
 }
 
 bool TableModel::setRawData(int raw_row, int raw_col, const QString& text) {
-    // setData maps model to raw; a raw write goes through the identity mapping.
+    const bool ok = table_data.setRawData(raw_row, raw_col, text);
+    if (suppress_raw_cell_signal) return true;
+    // A hidden cell has no model position and nothing to repaint.
     const int model_row = table_data.modelRowFromRaw(raw_row);
     const int model_col = table_data.modelColumnFromRaw(raw_col);
-    bool ok;
-    if (model_row >= 0 && model_col >= 0) {
-        ok = table_data.setData(model_row, model_col, text);
-    } else {
-        // A hidden cell has no model position; write it by raw position.
-        ok = table_data.setRawData(raw_row, raw_col, text);
-    }
-    if (suppress_raw_cell_signal) return true;
     if (model_row >= 1 && model_col >= 1)
         emit dataChanged(index(model_row, model_col), index(model_row, model_col), {});
     return ok;

@@ -319,8 +319,6 @@ private:
     int last_data_row = -1;
     int last_data_col = -1;
     QFile file_;
-    QRegularExpression number_regex;
-    QRegularExpressionMatch number_match;
     int max_double_digits = 16;
     Theme theme;
     // Colours read for every painted cell, copied out of the theme once.
@@ -375,10 +373,6 @@ private:
     SortRecord row_sort;
     SortRecord col_sort;
     std::vector<FilterData> filters;
-    std::vector<int> filtered_rows;
-    std::vector<int> filtered_cols;
-    std::vector<int> hidden_by_user_rows;
-    std::vector<int> hidden_by_user_cols;
     int header_font_point_size = 10;
     std::unique_ptr<QMutex> mutex;
     std::unique_ptr<QWaitCondition> wait_condition;

@@ -385,6 +385,22 @@ private slots:
         }
     }
 
+    // Raw writes reach hidden cells; row and column 0 are left to the wider
+    // repaint that follows such writes.
+    void rawWrites() {
+        TableModel m;
+        load(m, grid(5, 5));
+        m.tableData().setHiddenRows({2});
+        QSignalSpy changed(&m, &QAbstractItemModel::dataChanged);
+        QVERIFY(m.setRawData(2, 3, "hidden"));
+        QVERIFY(m.setRawData(0, 3, "top"));
+        QCOMPARE(changed.count(), 0);
+        QVERIFY(m.setRawData(3, 3, "shown"));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.last().at(0).toModelIndex().row(), 2); // raw 3 is model 2
+        QCOMPARE(m.tableData().rawData(2, 3).toString(), QStringLiteral("hidden"));
+    }
+
     void settersReachTheData() {
         TableModel m;
         QSignalSpy delim(&m, &TableModel::setDelimiterSignal);
