@@ -1043,3 +1043,26 @@ int EditableDataContainer::findInColumn(int column, int from, int step, int limi
     }
     return limit + step;
 }
+
+qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row,
+                                         QByteArrayView bytes) {
+    if (column < 0 || first_row < 0 || last_row < first_row) return 0;
+    if (last_row >= rows.size()) {
+        rows.resize(last_row + 1);
+        row_count = std::max(row_count, last_row + 1);
+    }
+    if (column >= column_count && !bytes.isEmpty()) setColumnCount(column + 1);
+    qint64 changed = 0;
+    constexpr int kAhead = 8;
+    for (int r = first_row; r <= last_row; ++r) {
+        // Each row is its own block: ask for the ones ahead while this one is written.
+        if (r + kAhead <= last_row) rows[r + kAhead].prefetchHeader();
+        PackedRow& row = rows[r];
+        const bool quoted = row.isQuoted(column);
+        if (!quoted && column < row.size() && row.cell(column) == bytes) continue;
+        if (!quoted && bytes.isEmpty() && column >= row.size()) continue;
+        putCell(row, column, bytes, false);
+        ++changed;
+    }
+    return changed;
+}

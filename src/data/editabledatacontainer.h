@@ -85,6 +85,10 @@ public:
     // setCell as a reader does it: `quoted` records that the field had
     // quotes, which a quoted empty field keeps even where it stores no cell.
     bool setCell(int row, int column, QByteArrayView bytes, bool quoted);
+    // The same bytes into cells [first_row, last_row] of a column, unquoted,
+    // the way typing into a selected column writes them at each keystroke.
+    // Returns how many cells changed.
+    qint64 fillColumn(int column, int first_row, int last_row, QByteArrayView bytes);
     // The standard whose save honours the remembered quotes: the one of the
     // last load.
     ParsingStandard quotingStandard() const { return quoting_standard; }

@@ -2,6 +2,7 @@
 
 #include "abstractdatacontainer.h"
 #include "dialect.h"
+#include "storedcells.h"
 
 #include <QMutex>
 #include <QObject>
@@ -52,6 +53,22 @@ public:
     // Writes by raw position (rows and columns as the container has them when
     // not transposed); grows the table as setData does.
     bool setRawData(int raw_row, int raw_column, const QString& text);
+
+    // Bulk cell work of undo steps and multi-cell edits, by raw block
+    // (inclusive bounds; Range's open end, INT_MAX, is welcome).
+    // The cells of the block that lie inside the table, as stored.
+    StoredCells captureRaw(int first_row, int last_row, int first_col, int last_col) const;
+    // Whether every cell's text survives a change to `to` (always so
+    // between the Unicode forms).
+    bool encodingKeepsText(EncodingType to) const;
+    // A text as the store keeps it, in the table's encoding.
+    QByteArray encodeText(const QString& text) const;
+    // Puts captured cells back, quotes and all. True when any cell changed.
+    bool restoreRaw(const StoredCells& cells);
+    // One text into every cell of the block; rows and columns past the
+    // table's end are written (and the table grows) only for a non-empty
+    // text and a closed bound. True when any cell changed.
+    bool fillRaw(int first_row, int last_row, int first_col, int last_col, const QString& text);
 
     // Line surgery by model position. Hidden positions at or above an insert
     // move up with it; those above a removed run move down, those inside it go.

@@ -165,19 +165,31 @@ void AbstractTableView::refreshView() {
     emit model()->dataChanged(model()->index(top, left), model()->index(bottom, right));
 }
 
+// Tab, Tab, Enter out of an editor works like a typist's carriage return:
+// the row below the cell where the run of Tabs began.
 void AbstractTableView::nextColumnWithColumnReset() {
-    tab_start_col = -1;
+    if (!table_model) return;
+    if (tab_start_col == -1) tab_start_col = table_model->mainCell().col;
     moveSelectionRelative(0, 1);
+    table_model->enforceTableSize();
 }
 
 void AbstractTableView::previousColumnWithColumnReset() {
-    tab_start_col = -1;
+    if (!table_model) return;
     moveSelectionRelative(0, -1);
+    table_model->enforceTableSize();
 }
 
 void AbstractTableView::nextRowWithColumnReset() {
-    tab_start_col = -1;
-    moveSelectionRelative(1, 0);
+    if (!table_model) return;
+    if (tab_start_col >= 0) {
+        const int step = tab_start_col - table_model->mainCell().col;
+        tab_start_col = -1;
+        moveSelectionRelative(1, step);
+    } else {
+        moveSelectionRelative(1, 0);
+    }
+    table_model->enforceTableSize();
 }
 
 bool AbstractTableView::event(QEvent* e) {

@@ -1,6 +1,9 @@
 #include "tabledelegate.h"
 
+#include "widgets/quickedit.h"
+
 #include <QGlyphRun>
+#include <QKeyEvent>
 #include <QPainter>
 
 namespace {
@@ -123,4 +126,103 @@ void TableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     const int baseline = area.top() + (area.height() - metrics.height()) / 2 + metrics.ascent();
     painter->drawText(QPoint(area.left(), baseline), shown);
     painter->restore();
+}
+
+// ---- The cell editor ----
+
+QWidget* TableDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                                     const QModelIndex& index) const {
+    auto* editor = new QuickEdit(parent);
+    editor->setStyleSheet(
+        QStringLiteral("QLineEdit {background: %1;\n")
+            .arg(editor_background.name(QColor::HexArgb)) +
+        QStringLiteral("color: %1;}\n").arg(editor_text_color.name(QColor::HexArgb)));
+    QFont f = index.data(Qt::FontRole).value<QFont>();
+    if (f.family().isEmpty()) f = font;
+    const bool header = (highlight_header_rows && index.row() < num_header_rows) ||
+                        (highlight_header_cols && index.column() < num_header_cols);
+    f.setWeight(header ? QFont::Bold : QFont::Normal);
+    editor->setFont(f);
+    editor->start_select_all = start_select_all;
+    editor->setGeometry(option.rect);
+    editor->setFrame(false);
+    auto* self = const_cast<TableDelegate*>(this);
+    self->editing = true;
+    emit self->editorCreatedSignal(editor);
+    connect(editor, &QLineEdit::textEdited, self, &TableDelegate::onTextEdited);
+    connect(editor, &QLineEdit::editingFinished, self, &TableDelegate::cemEditorDestroyed);
+    return editor;
+}
+
+void TableDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    auto* edit = qobject_cast<QuickEdit*>(editor);
+    // Qt hands an open editor every repaint of its cell; the live write
+    // repaints at each keystroke, and the text typed must stay as typed.
+    if (!edit || edit->property("filled").toBool()) return;
+    edit->setProperty("filled", true);
+    const QString text = index.data(Qt::EditRole).toString();
+    edit->setText(text);
+    // The first state takes the path typed text takes.
+    if (!reopening) emit const_cast<TableDelegate*>(this)->textEditedSignal(text);
+}
+
+void TableDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                         const QModelIndex&) const {
+    editor->setGeometry(option.rect);
+}
+
+void TableDelegate::onTextEdited(QString text) {
+    if (qobject_cast<QuickEdit*>(sender())) emit textEditedSignal(text);
+}
+
+void TableDelegate::commitAndCloseEditor() {
+    auto* editor = qobject_cast<QWidget*>(sender());
+    editing = false;
+    if (!editor) return;
+    emit commitData(editor);
+    emit closeEditor(editor, NoHint);
+}
+
+void TableDelegate::cemEditorDestroyed() {
+    commitAndCloseEditor();
+}
+
+bool TableDelegate::eventFilter(QObject* editor, QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        auto* ke = static_cast<QKeyEvent*>(event);
+        const Qt::KeyboardModifiers mods = ke->modifiers();
+        switch (ke->key()) {
+        case Qt::Key_Tab:
+            if (mods == Qt::NoModifier) {
+                emit stopEditingSignal();
+                emit nextColumnWithColumnResetSignal();
+                return true;
+            }
+            break;
+        case Qt::Key_Backtab:
+            emit stopEditingSignal();
+            emit previousColumnWithColumnResetSignal();
+            return true;
+        case Qt::Key_Enter:
+            emit stopEditingSignal();
+            emit nextRowWithColumnResetSignal();
+            return true;
+        case Qt::Key_Return:
+            if (mods == Qt::NoModifier) {
+                emit stopEditingSignal();
+                emit nextRowWithColumnResetSignal();
+                return true;
+            }
+            // The line edit would end the edit on any Return; with a
+            // modifier the edit goes on.
+            return true;
+        case Qt::Key_Escape:
+            // No cancel: what was typed stays, and Undo takes it back.
+            emit stopEditingSignal();
+            return true;
+        default:
+            break;
+        }
+    }
+    return QStyledItemDelegate::eventFilter(editor, event);
 }

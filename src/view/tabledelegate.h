@@ -22,7 +22,42 @@ public:
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
 
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+    // Nothing is written through the delegate: the view writes every
+    // keystroke into all selected cells itself and makes the undo step.
+    void setModelData(QWidget*, QAbstractItemModel*, const QModelIndex&) const override {}
+    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const override;
+
+    bool start_select_all = true;
+    QColor editor_background = Qt::white;
+    QFont font;
+    int text_size = 12;
+    QColor editor_text_color = Qt::black;
+    int num_header_rows = 1;
+    int num_header_cols = 0;
+    bool highlight_header_rows = true;
+    bool highlight_header_cols = true;
+    bool editing = false;
+    bool reopening = false;
+
+signals:
+    void editorCreatedSignal(QWidget* editor);
+    void textEditedSignal(QString text);
+    void nextColumnWithColumnResetSignal();
+    void previousColumnWithColumnResetSignal();
+    void nextRowWithColumnResetSignal();
+    void stopEditingSignal();
+
+public slots:
+    void commitAndCloseEditor();
+    void onTextEdited(QString text);
+    void cemEditorDestroyed();
+
 protected:
+    bool eventFilter(QObject* editor, QEvent* event) override;
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
 private:

@@ -23,6 +23,7 @@
 #include <memory>
 #include <vector>
 
+class QMimeData;
 class TableModelWorker;
 
 // Which line a sort last ran on and how; it decides the arrows in the labels.
@@ -212,6 +213,50 @@ public:
 
     void updateStatusBarStats();
 
+    // ---- Undo support: commands keep their cells in raw coordinates ----
+    // Model and label ranges to raw ones. A line run that crosses hidden
+    // lines splits at them, so writes never reach a hidden cell; per-line
+    // values are sliced with it.
+    RangeVector toRawRanges(const RangeVector& ranges) const;
+    // The selection's own form of raw: each member mapped by its corners,
+    // unsplit, so that it comes back as the user made it.
+    RangeVector toRawSelection(const RangeVector& ranges) const;
+    // Reads the present cells of each range (mapped to raw in place) into
+    // its new-values slot, its old-values slot or both, as StoredCells.
+    void captureRanges(RangeVector& ranges, bool capture_new, bool capture_old) const;
+    // Writes one slot of every range. A slot is one text for all its cells,
+    // per-line values, or StoredCells (put back at the range's origin,
+    // quotes and all). `skip` (kind Invalid: none) is left out. Returns
+    // whether any cell changed.
+    bool writeRanges(const RangeVector& ranges, bool use_old_values, const Range& skip = Range(),
+                     bool through_model = false);
+    // Raw ranges to the selection; hidden members drop, the first member
+    // marked main gives the main cell, and with none left the top left cell.
+    void setSelectedRanges(const RangeVector& raw_ranges, bool update_main_cell);
+    void autoFitChangedLines(const RangeVector& ranges);
+    // Whether writing the new values of raw ranges over their captured old
+    // ones would change any cell; a command that changes none is dropped.
+    bool rangesChange(const RangeVector& raw_ranges) const;
+    // "Save After Each Edit": saves at once when on and the table has a file.
+    void saveIfSaveAfterEachEdit();
+
+    // Whether each save parameter was chosen by the user since the load.
+    bool delimiterSet() const { return delimiter_set; }
+    bool lineEndingSet() const { return line_ending_set; }
+    bool encodingSet() const { return encoding_set; }
+    bool parsingStandardSet() const { return parsing_standard_set; }
+    void setDelimiterSet(bool on) { delimiter_set = on; }
+    void setLineEndingSet(bool on) { line_ending_set = on; }
+    void setEncodingSet(bool on) { encoding_set = on; }
+    void setParsingStandardSet(bool on) { parsing_standard_set = on; }
+
+    // ---- Clipboard ----
+    // The selection as "text/csv" (several cells), plain text and, under
+    // 10,000 cells, an HTML table. The caller owns the result.
+    QMimeData* makeMimeData(bool with_header) const;
+    // Cells from mime data, shifted to start at (0, 0), raw coordinates.
+    static void readMimeData(const QMimeData* mime, RangeVector* out);
+
     // Worker jobs; each blocks in a local event loop until its reply.
     bool getModelWithColModelSubset(TableModel* new_model, std::vector<int>* col_model_list,
                                     int num_rows, int num_cols);
@@ -368,6 +413,10 @@ private:
     int first_col_index = 0;
     bool columns_as_letters = false;
     bool case_sensitive_sorting = true;
+    bool delimiter_set = false;
+    bool line_ending_set = false;
+    bool encoding_set = false;
+    bool parsing_standard_set = false;
     RangeVector find_matches;
     FindReplaceQuery find_query;
     SortRecord row_sort;

@@ -29,9 +29,32 @@ TableView::TableView(bool read_only, QWidget* parent) : AbstractTableView(parent
 
     auto* m = new TableModel(read_only, this);
     setModel(m);
-    setItemDelegate(new TableDelegate(this));
+    delegate = new TableDelegate(this);
+    setItemDelegate(delegate);
     undo_stack = new QUndoStack(this);
-    connect(undo_stack, &QUndoStack::cleanChanged, this, &TableView::undoStackCleanChangedSignal);
+    connect(undo_stack, &QUndoStack::cleanChanged, this, &TableView::onUndoStackCleanChanged);
+    connect(delegate, &TableDelegate::editorCreatedSignal, this, &TableView::onCellEditorCreated);
+    connect(delegate, &TableDelegate::textEditedSignal, this, &TableView::onCellTextEdited);
+    connect(delegate, &TableDelegate::stopEditingSignal, this,
+            qOverload<>(&TableView::stopEditing));
+    connect(delegate, &TableDelegate::nextColumnWithColumnResetSignal, this,
+            &TableView::nextColumnWithColumnReset);
+    connect(delegate, &TableDelegate::previousColumnWithColumnResetSignal, this,
+            &TableView::previousColumnWithColumnReset);
+    connect(delegate, &TableDelegate::nextRowWithColumnResetSignal, this,
+            &TableView::nextRowWithColumnReset);
+    // An editor closed by Qt (focus lost) ends the edit as Escape does.
+    connect(delegate, &QAbstractItemDelegate::closeEditor, this, [this] {
+        if (context & CellEditing) stopEditing(true);
+    });
+    connect(this, qOverload<bool>(&AbstractTableView::startEditingSignal), this,
+            qOverload<bool>(&TableView::startEditing));
+    connect(this, qOverload<bool, QKeyEvent*>(&AbstractTableView::startEditingSignal), this,
+            qOverload<bool, QKeyEvent*>(&TableView::startEditing), Qt::DirectConnection);
+    connect(this, &AbstractTableView::dataChangedSignal, this, &TableView::onDataChanged);
+    connect(this, &AbstractTableView::moveCellContentsAbsoluteSignal, this,
+            &TableView::onMoveCellContentsAbsolute);
+    setAcceptDrops(true);
 
     measure_row = new QTableWidget(1, 1, this);
     measure_col = new QTableWidget(5, 1, this);
@@ -153,6 +176,10 @@ void TableView::setTheme(const Theme& theme) {
     setGridColor(theme.color(Theme::Background3Color));
     setHighlightedLineColor(theme.color(Theme::HighlightedLineColor));
     setCellBorderColor(theme.color(Theme::CellBorderColor));
+    if (delegate) {
+        delegate->editor_background = theme.color(Theme::MainCellColor);
+        delegate->editor_text_color = theme.color(Theme::TextColor);
+    }
     viewport()->update();
 }
 
@@ -348,6 +375,7 @@ void TableView::selectToEdge(Direction direction) {
 }
 
 bool TableView::handleNavigationKey(QKeyEvent* e) {
+    if (handleEditingKey(e)) return true;
     const int key = e->key();
     const Qt::KeyboardModifiers mods = e->modifiers() & ~Qt::KeypadModifier;
     const bool ctrl = mods == Qt::ControlModifier, shift = mods == Qt::ShiftModifier;
@@ -938,6 +966,20 @@ bool TableView::eventFilter(QObject* watched, QEvent* e) {
                 onTopLeftCornerButtonCtrlClicked();
             else
                 onTopLeftCornerButtonClicked();
+            return true;
+        }
+    }
+    if (e->type() == QEvent::MouseButtonPress && watched == viewport()) {
+        // Shift and the left button on a selected cell drag the cells.
+        auto* me = static_cast<QMouseEvent*>(e);
+        const auto [row, col] = cellAt(me->position().toPoint());
+        if (me->button() == Qt::LeftButton && me->modifiers() == Qt::ShiftModifier &&
+            !table_model->isReadOnly() && table_model->isCellSelected(row, col) &&
+            !(context & CellEditing)) {
+            const Range main = table_model->mainCell();
+            drag_offset_row = row - main.row;
+            drag_offset_col = col - main.col;
+            startCellDrag();
             return true;
         }
     }

@@ -4,6 +4,7 @@
 #include "view/abstracttableview.h"
 #include "view/theme.h"
 
+#include <QPointer>
 #include <QTimer>
 #include <QVariant>
 
@@ -11,6 +12,8 @@
 #include <vector>
 
 class HeaderView;
+class TableDelegate;
+class TableUndoCommand;
 class QTableWidget;
 class QUndoStack;
 class QVariantAnimation;
@@ -56,6 +59,25 @@ public:
     void setSnapToCol(bool on) { snap_cols = on; }
     int auto_fit_skip_count = -1; // -1: never skip
 
+    // ---- Editing, undo and the clipboard ----
+    // Pushes a command that changes something (running its redo) and
+    // repaints; one that would change nothing is deleted unseen.
+    void pushCommand(TableUndoCommand* command);
+    void commandUndo();
+    void commandRedo();
+    void copyCells(bool with_header);
+    void cutCells();
+    void pasteCells();
+    // "Clear Cell Contents": one undo step emptying the selection.
+    void deleteCells();
+    // Moves and copies of cell contents by the given step, as the Data
+    // menu's commands do.
+    void moveCellContents(int row_offset, int col_offset);
+    void duplicateCellContents(Direction direction);
+    bool isEditing() const { return context & CellEditing; }
+    QWidget* cellEditor() const { return editor; }
+    TableDelegate* tableDelegate() const { return delegate; }
+
     // The width auto-fit gives a column: five measured strings at most,
     // from at most 100 + eval_precision sampled rows.
     int autoFitWidth(int col, int eval_precision) const;
@@ -74,8 +96,25 @@ signals:
     void updateStatusBarSignal();
     void selectionSizeChangedSignal(RangeSize selection_size);
     void tableViewDestroyedSignal();
+    void mainCellLengthChangedSignal(int length);
+    // The edit goes on in the editor pane (shown and in use).
+    void startOffCellEditSignal(bool blank, bool move_cursor_to_end);
+    void startOffCellEditSignal(bool blank, QKeyEvent* ke);
 
 public slots:
+    void startEditing(bool blank, bool move_cursor_to_end);
+    void startEditing(bool blank) { startEditing(blank, false); }
+    void startEditing(bool blank, QKeyEvent* ke);
+    void onCellEditorCreated(QWidget* editor);
+    void onCellTextEdited(QString text);
+    void onCellEditingFinished();
+    void stopEditing(bool make_undo_command);
+    void stopEditing() { stopEditing(true); }
+    // Direct writes of a list (the middle-button fill): one undo step.
+    void onDataChanged(RangeVector cells);
+    void onMoveCellContentsAbsolute(RangeVector selection, Range main_cell, int row_model,
+                                    int col_model);
+    void onUndoStackCleanChanged(bool is_clean);
     void scrollToMainCell(bool only_if_outside_view = true, bool keep_cell_on_edge = false);
     void scrollToRow(int row, bool only_if_outside_view = true, bool keep_cell_on_edge = false);
     void scrollToCol(int col, bool only_if_outside_view = true, bool keep_cell_on_edge = false);
@@ -135,6 +174,32 @@ private:
     void selectLines(bool rows, int line, bool add);
     void extendLinesTo(bool rows, int line);
     void measureFonts();
+    bool beginEdit(bool blank);
+    void openCellEditor(bool blank);
+    void widenColumnsFor(const QString& text);
+    bool handleEditingKey(QKeyEvent* e);
+    void dragEnterEvent(QDragEnterEvent* e) override;
+    void dragMoveEvent(QDragMoveEvent* e) override;
+    void dropEvent(QDropEvent* e) override;
+    void startCellDrag();
+
+    TableDelegate* delegate = nullptr;
+    RangeVector edit_ranges;
+    Range edit_main_cell;
+    QVariant edit_value;
+    bool edit_is_blank = false;
+    int edit_rows_before = 0;
+    int edit_cols_before = 0;
+    QPointer<QWidget> editor;
+    int editor_cursor_position = 0;
+    bool reopening_editor = false;
+    // The drag of cells inside the grid.
+    bool dragging_cells = false;
+    RangeVector drag_cells;
+    Range drag_main_cell;
+    int drag_offset_row = 0;
+    int drag_offset_col = 0;
+    Range drag_current_cell;
 
     QUndoStack* undo_stack = nullptr;
     HeaderView* horizontal_header = nullptr;

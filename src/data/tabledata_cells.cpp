@@ -1,0 +1,135 @@
+// Block reads and writes of cells for undo steps and multi-cell edits. They
+// go to the store by raw position in one pass, never through a QString per
+// cell where bytes will do: typing into a selected column of millions of
+// rows writes the same bytes into every row at each keystroke.
+
+#include "editabledatacontainer.h"
+#include "fileparameters.h"
+#include "tabledata.h"
+
+#include <QTextCodec>
+
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+// Inclusive bounds clipped to [0, size).
+bool clip(int& first, int& last, int size) {
+    first = std::max(first, 0);
+    last = std::min(last, size - 1);
+    return first <= last;
+}
+
+} // namespace
+
+StoredCells TableData::captureRaw(int r0, int r1, int c0, int c1) const {
+    if (!container || !clip(r0, r1, numRawRows()) || !clip(c0, c1, numRawColumns()))
+        return StoredCells();
+    StoredCells out(r0, r1, c0, c1);
+    const auto* editable = container_kind == ReadOnlyKind
+                               ? nullptr
+                               : static_cast<const EditableDataContainer*>(container.get());
+    auto stored = [&](int r, int c, bool* quoted) -> QByteArray {
+        if (transposed) std::swap(r, c);
+        *quoted = editable && editable->isQuoted(r, c);
+        return editable ? editable->cellView(r, c).toByteArray() : container->data(r, c, true);
+    };
+    if (editable && !transposed && c0 == c1) {
+        // A column: the common big case, read straight from the rows.
+        out.reserve(qsizetype(r1 - r0 + 1) * 8);
+        for (int r = r0; r <= r1; ++r)
+            out.append(editable->cellView(r, c0), editable->isQuoted(r, c0));
+    } else {
+        for (int r = r0; r <= r1; ++r)
+            for (int c = c0; c <= c1; ++c) {
+                bool quoted = false;
+                const QByteArray bytes = stored(r, c, &quoted);
+                out.append(bytes, quoted);
+            }
+    }
+    out.squeeze();
+    return out;
+}
+
+bool TableData::restoreRaw(const StoredCells& cells) {
+    if (!container || container_kind == ReadOnlyKind || cells.isEmpty()) return false;
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    StoredCells::Reader reader(cells);
+    bool changed = false;
+    bool grew = false;
+    for (int r = cells.firstRow(); r <= cells.lastRow(); ++r)
+        for (int c = cells.firstColumn(); c <= cells.lastColumn(); ++c) {
+            bool quoted = false;
+            const QByteArrayView bytes = reader.next(&quoted);
+            int sr = r, sc = c;
+            if (transposed) std::swap(sr, sc);
+            if (editable->cellView(sr, sc) == bytes && editable->isQuoted(sr, sc) == quoted)
+                continue;
+            if (bytes.isEmpty() && !quoted && sr >= editable->storedRowCount()) continue;
+            editable->setCell(sr, sc, bytes, quoted);
+            changed = true;
+            if (sr >= num_raw_rows) num_raw_rows = sr + 1, grew = true;
+            if (sc >= num_raw_cols) num_raw_cols = sc + 1, grew = true;
+        }
+    if (changed) forgetFillBits();
+    if (grew) emitTableSize();
+    return changed;
+}
+
+bool TableData::fillRaw(int r0, int r1, int c0, int c1, const QString& text) {
+    if (!container || container_kind == ReadOnlyKind) return false;
+    // Open ends stop at the table's end; a closed bound past it grows the
+    // table, but an empty text has nothing to grow it for.
+    const bool grow = !text.isEmpty();
+    const int rows = numRawRows(), cols = numRawColumns();
+    if (r1 == INT_MAX || !grow) r1 = std::min(r1, rows - 1);
+    if (c1 == INT_MAX || !grow) c1 = std::min(c1, cols - 1);
+    r0 = std::max(r0, 0);
+    c0 = std::max(c0, 0);
+    if (r0 > r1 || c0 > c1) return false;
+
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    const QByteArray bytes = encodeCell(text, encoding, codec);
+    qint64 changed = 0;
+    if (!transposed) {
+        for (int c = c0; c <= c1; ++c)
+            changed += editable->fillColumn(c, r0, r1, bytes);
+    } else {
+        // Stored rows are the raw columns here: each is one row's run.
+        for (int c = c0; c <= c1; ++c)
+            for (int r = r0; r <= r1; ++r) {
+                if (editable->cellView(c, r) == bytes && !editable->isQuoted(c, r)) continue;
+                if (bytes.isEmpty() && c >= editable->storedRowCount()) continue;
+                editable->setCell(c, r, bytes, false);
+                ++changed;
+            }
+    }
+    if (!changed) return false;
+    forgetFillBits();
+    if (grow && (r1 >= rows || c1 >= cols)) {
+        const int new_rows = std::max(rows, r1 + 1), new_cols = std::max(cols, c1 + 1);
+        num_raw_rows = transposed ? new_cols : new_rows;
+        num_raw_cols = transposed ? new_rows : new_cols;
+        emitTableSize();
+    }
+    return true;
+}
+
+QByteArray TableData::encodeText(const QString& text) const {
+    return encodeCell(text, encoding, codec);
+}
+
+bool TableData::encodingKeepsText(EncodingType to) const {
+    if (to <= Utf32LEDetected || !container || container_kind == ReadOnlyKind) return true;
+    const QTextCodec* target = codecForEncoding(to);
+    if (!target) return true;
+    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+    for (int r = 0; r < editable->storedRowCount(); ++r)
+        for (int c = 0; c < editable->storedCellCount(r); ++c) {
+            const QByteArrayView bytes = editable->cellView(r, c);
+            if (!bytes.isEmpty() && !target->canEncode(decodeCell(bytes, encoding, codec)))
+                return false;
+        }
+    return true;
+}
