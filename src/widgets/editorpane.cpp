@@ -70,8 +70,7 @@ void EditorPane::focusInEvent(QFocusEvent* event) {
         emit editingFinishedSignal();
         return;
     }
-    if (event->reason() == Qt::MouseFocusReason)
-        emit EditorPaneFocusInSignal();
+    if (event->reason() == Qt::MouseFocusReason) emit EditorPaneFocusInSignal();
     QPlainTextEdit::focusInEvent(event);
 }
 

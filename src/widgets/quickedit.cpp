@@ -25,10 +25,10 @@ void QuickEdit::focusInEvent(QFocusEvent* event) {
 void QuickEdit::keyPressEvent(QKeyEvent* event) {
     const int key = event->key();
     const Qt::KeyboardModifiers mods = event->modifiers();
-    const bool leaves = (key == Qt::Key_Enter &&
-                         (mods == Qt::NoModifier || mods == Qt::KeypadModifier)) ||
-                        (key == Qt::Key_Return && mods == Qt::NoModifier) ||
-                        key == Qt::Key_Up || key == Qt::Key_Down;
+    const bool leaves =
+        (key == Qt::Key_Enter && (mods == Qt::NoModifier || mods == Qt::KeypadModifier)) ||
+        (key == Qt::Key_Return && mods == Qt::NoModifier) || key == Qt::Key_Up ||
+        key == Qt::Key_Down;
     if (leaves) {
         // Not even the base may see these: it would send editingFinished on
         // Return, closing the editor before the view has moved.
