@@ -6,7 +6,8 @@
 #include <cstring>
 
 bool isGuiCommand(const char* command) {
-    return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0;
+    return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
+           std::strcmp(command, "type") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -16,5 +17,6 @@ int benchGui(int argc, char** argv) {
     const QString command = args.takeFirst();
     if (command == "model") return benchModel(args);
     if (command == "view") return benchView(args);
+    if (command == "type") return benchType(args);
     return 2;
 }

@@ -8,3 +8,4 @@ int benchGui(int argc, char** argv);
 bool isGuiCommand(const char* command);
 int benchModel(const QStringList& args);
 int benchView(const QStringList& args);
+int benchType(const QStringList& args);

@@ -57,7 +57,8 @@ int usage() {
                          "       gridmere-bench churn [--rows N] [--cycles K] [--columns C]\n"
                          "       gridmere-bench sort KEYFILE\n"
                          "       gridmere-bench model FILE\n"
-                         "       gridmere-bench view FILE [--frames N]\n");
+                         "       gridmere-bench view FILE [--frames N]\n"
+                         "       gridmere-bench type FILE [--column C]\n");
     return 2;
 }
 
