@@ -284,9 +284,19 @@ public:
     // The block for what was gathered; the null row when there is nothing.
     PackedRow build() const;
 
+    // The row of a line's unquoted fields, as appending them one by one and
+    // building would make it: field k ends at line[stops[k]] and starts one
+    // past the previous end (at 0 for the first). `readable` bytes from
+    // `line` on may be read.
+    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields,
+                              size_t readable);
+
 private:
     Q_NEVER_INLINE void grow(size_t n);
     template <class T> PackedRow buildWith() const;
+    template <class T>
+    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count,
+                                  size_t total, size_t readable);
 
     char* data_ = nullptr;
     size_t size_ = 0;
