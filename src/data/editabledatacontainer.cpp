@@ -246,7 +246,9 @@ public:
                  qint64 readable) {
         if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
         commit();
-        rows_->push_back(PackedRowBuilder::fromLine(line, stops, fields, size_t(readable)));
+        fill_.row(rows_->size(), fields);
+        rows_->push_back(PackedRowBuilder::fromLine(line, stops, fields, size_t(readable),
+                                                    fill_.words(), fill_.bit()));
         *row_count_ = int(row + 1);
         if (fields > *column_count_) *column_count_ = fields;
         return true;
@@ -282,6 +284,10 @@ public:
 
     void commit() {
         if (current_row_ < 0) return;
+        const int cells = scratch_.size();
+        fill_.row(rows_->size(), cells);
+        for (int k = 0; k < cells; ++k)
+            fill_.note(k, scratch_.filledAt(k));
         rows_->push_back(scratch_.build());
         scratch_.clear();
         current_row_ = -1;
@@ -291,7 +297,9 @@ public:
     // this sink has seen, and its unfinished last line.
     void absorb(CsvRowSink& side, qint64 lines_before) {
         commit();
+        const qint64 offset = rows_->size();
         side.own_rows_.relocateAppendTo(*rows_);
+        fill_.append(side.fill_, offset, rows_->size());
         *column_count_ = std::max(*column_count_, side.own_column_count_);
         if (side.own_row_count_ > 0) *row_count_ = int(lines_before + side.own_row_count_);
         if (side.current_row_ >= 0) {
@@ -299,6 +307,9 @@ public:
             current_row_ = side.current_row_ + lines_before;
         }
     }
+
+    // Every column's fill bits of the rows stored so far.
+    std::vector<FillBits> takeFill() { return fill_.take(); }
 
 private:
     EditableDataContainer& c_;
@@ -346,6 +357,7 @@ private:
     }
     qint64 current_row_ = -1;
     PackedRowBuilder scratch_;
+    FillGatherer fill_;
 };
 
 EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
@@ -433,6 +445,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     }
 
     rows = RelocatableVector<PackedRow>();
+    loaded_fill.clear();
     row_count = 0;
     column_count = 0;
     quoting_standard = parsing_standard;
@@ -464,6 +477,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
         }
         engine.finish();
         sink.commit();
+        loaded_fill = sink.takeFill();
     } catch (const std::exception&) {
         // A file too large for memory (or a thread refused) fails like an
         // unreadable one, and what was read of it is given back.

@@ -73,7 +73,8 @@ PackedRow PackedRowBuilder::build() const {
 
 template <class T>
 PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops, int count,
-                                         size_t total, size_t readable) {
+                                         size_t total, size_t readable, uint64_t* fill,
+                                         int fill_bit) {
     const size_t w = sizeof(T);
     const size_t header = 1 + 2 * w;
     const size_t tail = size_t(count) * w;
@@ -90,6 +91,7 @@ PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops
     for (int k = 0; k < count; ++k) {
         const size_t end = stops[k];
         const size_t n = end - begin;
+        fill[k] |= uint64_t(n != 0) << fill_bit;
         uint8_t* to = data + begin - size_t(k);
         if (Q_LIKELY(n <= 16 && begin + 16 <= readable))
             std::memcpy(to, line + begin, 16);
@@ -107,7 +109,7 @@ PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops
 }
 
 PackedRow PackedRowBuilder::fromLine(const char* line, const uint32_t* stops, int fields,
-                                     size_t readable) {
+                                     size_t readable, uint64_t* fill, int fill_bit) {
     // Empty fields at the end store nothing, as with appending.
     int count = fields;
     while (count > 0 && stops[count - 1] == (count > 1 ? stops[count - 2] + 1 : 0))
@@ -115,8 +117,11 @@ PackedRow PackedRowBuilder::fromLine(const char* line, const uint32_t* stops, in
     if (count == 0) return PackedRow();
     const size_t total = size_t(stops[count - 1]) - size_t(count - 1);
     const uint64_t largest = std::max<uint64_t>(total, uint64_t(count));
-    if (largest <= UINT8_MAX) return fromLineWith<uint8_t>(line, stops, count, total, readable);
-    if (largest <= UINT16_MAX) return fromLineWith<uint16_t>(line, stops, count, total, readable);
-    if (largest <= UINT32_MAX) return fromLineWith<uint32_t>(line, stops, count, total, readable);
-    return fromLineWith<uint64_t>(line, stops, count, total, readable);
+    auto with = [&](auto width) {
+        return fromLineWith<decltype(width)>(line, stops, count, total, readable, fill, fill_bit);
+    };
+    if (largest <= UINT8_MAX) return with(uint8_t());
+    if (largest <= UINT16_MAX) return with(uint16_t());
+    if (largest <= UINT32_MAX) return with(uint32_t());
+    return with(uint64_t());
 }
