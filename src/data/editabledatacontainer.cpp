@@ -195,17 +195,9 @@ public:
 
     bool lineStart(qint64 unit_offset) {
         if (c_.canceled.load(std::memory_order_relaxed)) return false;
-        if (report_) {
-            // Every step gets its report, in order, even where an offset
-            // passes more than one step at once.
-            const qint64 at = reportedOffset(unit_offset);
-            while (at > next_report_) {
-                const int index = int((next_report_ + 1) / step_units_);
-                next_report_ += step_units_;
-                c_.progressHandshake(index, int(file_size_ / csv::kProgressStep + 1),
-                                     int(file_size_ / csv::kMiB));
-            }
-        }
+        // Lines come by the million; the offset of the next report is worked
+        // out once per report, not once per line.
+        if (report_ && unit_offset >= report_due_) report(unit_offset);
         return true;
     }
 
@@ -217,8 +209,12 @@ public:
         scale_from_ = from;
         scale_split_ = split;
         scale_to_ = to;
+        report_due_ = nextReportDue();
     }
-    void unscaleProgress() { scale_from_ = -1; }
+    void unscaleProgress() {
+        scale_from_ = -1;
+        report_due_ = nextReportDue();
+    }
 
     // Fields arrive left to right within a line, so the common case appends
     // to the line being gathered; empty fields are left as gaps, which cost
@@ -243,6 +239,19 @@ public:
             return;
         }
         setCellSlow(row, column, bytes, size, false);
+    }
+    // A whole line of unquoted fields (see the scanner): the same row as its
+    // fields given one by one would make, built in one go.
+    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields,
+                 qint64 readable) {
+        if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
+        commit();
+        fill_.row(rows_->size(), fields);
+        rows_->push_back(PackedRowBuilder::fromLine(line, stops, fields, size_t(readable),
+                                                    fill_.words(), fill_.bit()));
+        *row_count_ = int(row + 1);
+        if (fields > *column_count_) *column_count_ = fields;
+        return true;
     }
     void setQuotedCell(qint64 row, qint64 column, const char* bytes, size_t size) {
         setCellSlow(row, column, bytes, size, true);
@@ -275,6 +284,10 @@ public:
 
     void commit() {
         if (current_row_ < 0) return;
+        const int cells = scratch_.size();
+        fill_.row(rows_->size(), cells);
+        for (int k = 0; k < cells; ++k)
+            fill_.note(k, scratch_.filledAt(k));
         rows_->push_back(scratch_.build());
         scratch_.clear();
         current_row_ = -1;
@@ -284,7 +297,9 @@ public:
     // this sink has seen, and its unfinished last line.
     void absorb(CsvRowSink& side, qint64 lines_before) {
         commit();
+        const qint64 offset = rows_->size();
         side.own_rows_.relocateAppendTo(*rows_);
+        fill_.append(side.fill_, offset, rows_->size());
         *column_count_ = std::max(*column_count_, side.own_column_count_);
         if (side.own_row_count_ > 0) *row_count_ = int(lines_before + side.own_row_count_);
         if (side.current_row_ >= 0) {
@@ -292,6 +307,9 @@ public:
             current_row_ = side.current_row_ + lines_before;
         }
     }
+
+    // Every column's fill bits of the rows stored so far.
+    std::vector<FillBits> takeFill() { return fill_.take(); }
 
 private:
     EditableDataContainer& c_;
@@ -305,10 +323,32 @@ private:
     const bool report_;
     const qint64 step_units_;
     qint64 next_report_ = -1;
+    qint64 report_due_ = 0;
     qint64 scale_from_ = -1;
     qint64 scale_split_ = 0;
     qint64 scale_to_ = 0;
 
+    // Every step gets its report, in order, even where an offset passes more
+    // than one step at once.
+    Q_NEVER_INLINE void report(qint64 unit_offset) {
+        const qint64 at = reportedOffset(unit_offset);
+        while (at > next_report_) {
+            const int index = int((next_report_ + 1) / step_units_);
+            next_report_ += step_units_;
+            c_.progressHandshake(index, int(file_size_ / csv::kProgressStep + 1),
+                                 int(file_size_ / csv::kMiB));
+        }
+        report_due_ = nextReportDue();
+    }
+    // The lowest offset whose reported offset may pass next_report_; never
+    // above the true one, so no report comes late.
+    qint64 nextReportDue() const {
+        const qint64 want = next_report_ + 1;
+        if (scale_from_ < 0 || want <= scale_from_) return want;
+        const qint64 scaled = scale_from_ + (want - scale_from_) * (scale_split_ - scale_from_) /
+                                                (scale_to_ - scale_from_);
+        return std::min(scaled, std::max(want, scale_split_));
+    }
     qint64 reportedOffset(qint64 unit_offset) const {
         if (scale_from_ < 0 || unit_offset < scale_from_ || unit_offset >= scale_split_)
             return unit_offset;
@@ -317,6 +357,7 @@ private:
     }
     qint64 current_row_ = -1;
     PackedRowBuilder scratch_;
+    FillGatherer fill_;
 };
 
 EditableDataContainer::EditableDataContainer(QObject* parent) : AbstractDataContainer(parent) {}
@@ -404,6 +445,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
     }
 
     rows = RelocatableVector<PackedRow>();
+    loaded_fill.clear();
     row_count = 0;
     column_count = 0;
     quoting_standard = parsing_standard;
@@ -435,6 +477,7 @@ template <class Engine> bool EditableDataContainer::runLoad(Engine& make_engine)
         }
         engine.finish();
         sink.commit();
+        loaded_fill = sink.takeFill();
     } catch (const std::exception&) {
         // A file too large for memory (or a thread refused) fails like an
         // unreadable one, and what was read of it is given back.

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "abstractdatacontainer.h"
+#include "fillbits.h"
 #include "packedrow.h"
 #include "relocatablevector.h"
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 class ReadWindow;
 class CsvRowSink;
@@ -75,6 +77,10 @@ public:
     // `want_filled` false); `limit + step` when there is none.
     int findInColumn(int column, int from, int step, int limit, bool want_filled) const;
     int storedRowCount() const { return rows.size(); }
+    // Every stored column's fill bits as the last load found them (entry c
+    // for column c), made while the rows were stored. Handed over once;
+    // empty after a failed load and after the first call.
+    std::vector<FillBits> takeFillBits() { return std::exchange(loaded_fill, {}); }
     int storedCellCount(int row) const {
         return row >= 0 && row < rows.size() ? rows[row].size() : 0;
     }
@@ -135,6 +141,7 @@ private:
     static void putCell(PackedRow& row, int column, QByteArrayView bytes, bool quoted);
 
     RelocatableVector<PackedRow> rows;
+    std::vector<FillBits> loaded_fill;
     ParsingStandard quoting_standard = Rfc4180;
     qint64 file_size = 0;
     int row_count = 0;

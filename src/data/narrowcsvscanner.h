@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -60,6 +61,16 @@ public:
             case FieldStart: {
                 ++column_;
                 spill_.clear();
+                if constexpr (kTakesLines) {
+                    if (column_ == 0) {
+                        const Taken taken = wholeLine(p, i, n);
+                        if (taken == LineTaken) break;
+                        if (taken == SeamAfterDelimiter) {
+                            state_ = FieldStart;
+                            break;
+                        }
+                    }
+                }
                 // The unquoted fields of a line in one tight loop: the field
                 // runs to the next special byte, which may be its first.
                 for (;;) {
@@ -169,6 +180,57 @@ public:
 
 private:
     enum State { LineStart, FieldStart, InField, InQuotes, AfterQuote, AfterCR };
+    enum Taken { LineTaken, SeamAfterDelimiter, FieldByField };
+
+    // A host that can store a line in one piece is given whole lines. On
+    // narrow rows the per-field hand-over cost more than finding the fields:
+    // each one went through the host's row state in memory. The whole-line
+    // path only notes where fields end, in a small array, and the host makes
+    // the row's block straight from the chunk.
+    static constexpr bool kTakesLines = requires(Host& h, const uint32_t* s) {
+        { h.setLine(qint64(0), "", s, 0, qint64(0)) } -> std::same_as<bool>;
+    };
+    static constexpr int kLineFields = 256;
+
+    // From the start of a line at i: its unquoted fields up to its end, when
+    // that is in this chunk and the line has no quoted field and not too many
+    // fields. Otherwise the fields found so far go over one by one, as the
+    // field loop would have sent them, and the caller goes on from the first
+    // field not sent (column_ and i say which).
+    Taken wholeLine(const char* p, qint64& i, qint64 n) {
+        const qint64 start = i;
+        int fields = 0;
+        for (;;) {
+            if (p[i] == '"' && quotes_) break;
+            const qint64 j = findSpecial(p, i, n);
+            if (j == n || fields == kLineFields) break;
+            stops_[fields++] = uint32_t(j - start);
+            const char c = p[j];
+            i = j + 1;
+            if (!isDelimiter(c)) {
+                if (!host_->setLine(row_, p + start, stops_, fields, n - start))
+                    replayFields(p, start, fields, n);
+                column_ = fields - 1;
+                lineEnd(c, p, i, n);
+                return LineTaken;
+            }
+            if (i == n) {
+                replayFields(p, start, fields, n);
+                column_ = fields - 1;
+                return SeamAfterDelimiter;
+            }
+        }
+        replayFields(p, start, fields, n);
+        column_ = fields;
+        return FieldByField;
+    }
+    void replayFields(const char* p, qint64 start, int fields, qint64 n) {
+        for (int k = 0; k < fields; ++k) {
+            column_ = k;
+            const qint64 begin = k ? start + stops_[k - 1] + 1 : start;
+            cellInChunk(p, begin, start + stops_[k], n);
+        }
+    }
 
     bool isDelimiter(char c) const { return Delimited && c == delimiter_; }
     static bool isLineEnd(char c) {
@@ -289,4 +351,6 @@ private:
     std::string collapsed_;
     qint64 block_ = -64;
     uint64_t block_mask_ = 0;
+    // Where the fields of the line being gathered end, from its start.
+    uint32_t stops_[kTakesLines ? kLineFields : 1];
 };

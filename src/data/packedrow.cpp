@@ -70,3 +70,58 @@ PackedRow PackedRowBuilder::build() const {
     if (largest <= UINT32_MAX) return buildWith<uint32_t>();
     return buildWith<uint64_t>();
 }
+
+template <class T>
+PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops, int count,
+                                         size_t total, size_t readable, uint64_t* fill,
+                                         int fill_bit) {
+    const size_t w = sizeof(T);
+    const size_t header = 1 + 2 * w;
+    const size_t tail = size_t(count) * w;
+    auto* b = static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
+    if (!b) throw std::bad_alloc();
+    b[0] = uint8_t(w == 1 ? 0 : w == 2 ? 1 : w == 4 ? 2 : 3);
+    const T header_fields[2] = {T(count), T(total)};
+    std::memcpy(b + 1, header_fields, sizeof header_fields);
+    uint8_t* data = b + header;
+    // Field k lands k delimiters before its place in the line. A short field
+    // is one 16-byte move whatever its length; what it writes past the field
+    // is overwritten by the next field or the offsets, or falls in the slack.
+    size_t begin = 0;
+    for (int k = 0; k < count; ++k) {
+        const size_t end = stops[k];
+        const size_t n = end - begin;
+        fill[k] |= uint64_t(n != 0) << fill_bit;
+        uint8_t* to = data + begin - size_t(k);
+        if (Q_LIKELY(n <= 16 && begin + 16 <= readable))
+            std::memcpy(to, line + begin, 16);
+        else
+            std::memcpy(to, line + begin, n);
+        begin = end + 1;
+    }
+    uint8_t* ends = data + total;
+    for (int k = 0; k < count; ++k) {
+        const T end = T(stops[k] - uint32_t(k));
+        std::memcpy(ends + size_t(k) * w, &end, w);
+    }
+    if (tail < PackedRow::kSlack) std::memset(ends + tail, 0, PackedRow::kSlack - tail);
+    return PackedRow(b);
+}
+
+PackedRow PackedRowBuilder::fromLine(const char* line, const uint32_t* stops, int fields,
+                                     size_t readable, uint64_t* fill, int fill_bit) {
+    // Empty fields at the end store nothing, as with appending.
+    int count = fields;
+    while (count > 0 && stops[count - 1] == (count > 1 ? stops[count - 2] + 1 : 0))
+        --count;
+    if (count == 0) return PackedRow();
+    const size_t total = size_t(stops[count - 1]) - size_t(count - 1);
+    const uint64_t largest = std::max<uint64_t>(total, uint64_t(count));
+    auto with = [&](auto width) {
+        return fromLineWith<decltype(width)>(line, stops, count, total, readable, fill, fill_bit);
+    };
+    if (largest <= UINT8_MAX) return with(uint8_t());
+    if (largest <= UINT16_MAX) return with(uint16_t());
+    if (largest <= UINT32_MAX) return with(uint32_t());
+    return with(uint64_t());
+}

@@ -203,6 +203,7 @@ public:
     }
     int size() const noexcept { return ends_.size(); }
     size_t bytes() const noexcept { return size_; }
+    bool filledAt(int i) const noexcept { return ends_[i] != (i ? ends_[i - 1] : 0); }
     void swap(PackedRowBuilder& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
@@ -284,9 +285,21 @@ public:
     // The block for what was gathered; the null row when there is nothing.
     PackedRow build() const;
 
+    // The row of a line's unquoted fields, as appending them one by one and
+    // building would make it: field k ends at line[stops[k]] and starts one
+    // past the previous end (at 0 for the first). `readable` bytes from
+    // `line` on may be read. Whether each stored field holds bytes is ORed
+    // into bit `fill_bit` of fill[k] while the field is at hand, for the
+    // columns' fill bits.
+    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields,
+                              size_t readable, uint64_t* fill, int fill_bit);
+
 private:
     Q_NEVER_INLINE void grow(size_t n);
     template <class T> PackedRow buildWith() const;
+    template <class T>
+    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count,
+                                  size_t total, size_t readable, uint64_t* fill, int fill_bit);
 
     char* data_ = nullptr;
     size_t size_ = 0;
