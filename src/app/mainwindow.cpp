@@ -11,6 +11,7 @@
 #include "view/tableview.h"
 #include "widgets/msgbox.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -57,6 +58,14 @@ void MainWindow::buildLayout() {
     tab_bar = new TabBar(this);
     side_bar = new SideBar(tab_bar, this);
     pane_view = new PaneView(this);
+    // "Toggle Show Editor Pane" on its default chord, until the command
+    // table gives every command its action.
+    auto* toggle_pane = new QAction(this);
+    toggle_pane->setShortcut(QKeySequence(QStringLiteral("Ctrl+K, Ctrl+E")));
+    toggle_pane->setShortcutContext(Qt::WindowShortcut);
+    connect(toggle_pane, &QAction::triggered, this,
+            [this] { pane_view->showEditorPane(!pane_view->isEditorPaneShown(), true); });
+    addAction(toggle_pane);
 
     auto* right = new QWidget(this);
     auto* right_layout = new QVBoxLayout(right);
@@ -276,12 +285,16 @@ QString MainWindow::ask(const QString& text, const QStringList& buttons) {
     return MsgBox::ask(this, QStringLiteral("Gridmere"), text, QString(), buttons);
 }
 
+// The current view mirrors the window's bits: what it may do (edit in the
+// pane, take keys) depends on the window as much as on itself.
 void MainWindow::addContext(Context c, bool) {
     context |= c;
+    if (pane_view) pane_view->setContext(int(context));
 }
 
 void MainWindow::removeContext(Context c, bool) {
     context &= ~quint32(c);
+    if (pane_view) pane_view->setContext(int(context));
 }
 
 void MainWindow::closeEvent(QCloseEvent* e) {

@@ -2,10 +2,13 @@
 
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "widgets/editorpane.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMutexLocker>
 #include <QPushButton>
@@ -13,6 +16,7 @@
 #include <QSplitter>
 #include <QStackedLayout>
 #include <QVBoxLayout>
+#include <QVariantAnimation>
 
 namespace {
 
@@ -36,7 +40,26 @@ PaneView::PaneView(QWidget* parent) : QWidget(parent) {
     stacked_layout->setContentsMargins(0, 0, 0, 0);
     splitter->addWidget(table_area);
     splitter->setCollapsible(0, false);
+    editor_pane = new EditorPane(splitter);
+    editor_pane->setObjectName(QStringLiteral("editorPane"));
+    splitter->addWidget(editor_pane);
+    editor_pane->hide();
+    splitter->setSizes({1, 0});
     outer_layout->addWidget(splitter);
+    height_animation = new QVariantAnimation(this);
+    height_animation->setDuration(125);
+    connect(height_animation, &QVariantAnimation::valueChanged, this,
+            &PaneView::setEditorPaneHeightSlot);
+    connect(editor_pane, &QPlainTextEdit::textChanged, this, &PaneView::onEditorPaneTextChanged);
+    connect(editor_pane, &EditorPane::editingFinishedSignal, this, &PaneView::onEditingFinished);
+    connect(editor_pane, &EditorPane::nextRowWithColumnResetSignal, this,
+            &PaneView::onNextRowWithColumnReset);
+    connect(editor_pane, &EditorPane::nextColumnWithColumnResetSignal, this,
+            &PaneView::onNextColumnWithColumnReset);
+    connect(editor_pane, &EditorPane::previousColumnWithColumnResetSignal, this,
+            &PaneView::onPreviousColumnWithColumnReset);
+    connect(editor_pane, &EditorPane::EditorPaneFocusInSignal, this,
+            &PaneView::onEditorPaneFocusIn);
 
     // The labels cover the splitter, so they follow its geometry; other
     // children (the launcher's strip, later) may share the pane with it.
@@ -114,7 +137,9 @@ bool PaneView::setCurrentTableView(TableView* view) {
         emit addContextSignal(TableFocus);
     }
 
+    view->setContext(context);
     connectCurrent();
+    onMainCellChanged(view->model()->mainCell());
     emit currentTableViewChangedSignal(view);
     return true;
 }
@@ -155,7 +180,13 @@ void PaneView::connectCurrent() {
     TableView* v = current_view;
     current_connections = {
         connect(v, &TableView::selectionChangedSignal, this, &PaneView::selectionChangedSignal),
-        connect(v, &TableView::mainCellChangedSignal, this, &PaneView::mainCellChangedSignal),
+        connect(v, &TableView::mainCellChangedSignal, this, &PaneView::onMainCellChanged),
+        connect(v, &TableView::mainCellLengthChangedSignal, this,
+                &PaneView::mainCellLengthChangedSignal),
+        connect(v, qOverload<bool, bool>(&TableView::startOffCellEditSignal), this,
+                qOverload<bool, bool>(&PaneView::onStartOffCellEdit)),
+        connect(v, qOverload<bool, QKeyEvent*>(&TableView::startOffCellEditSignal), this,
+                qOverload<bool, QKeyEvent*>(&PaneView::onStartOffCellEdit), Qt::DirectConnection),
         connect(v, &TableView::tableSizeChangedSignal, this, &PaneView::tableSizeChangedSignal),
         connect(v, &TableView::selectionSizeChangedSignal, this,
                 &PaneView::selectionSizeChangedSignal),
@@ -274,4 +305,118 @@ bool PaneView::eventFilter(QObject* watched, QEvent* event) {
     if (watched == splitter && (event->type() == QEvent::Resize || event->type() == QEvent::Move))
         placeProgressLabels();
     return QWidget::eventFilter(watched, event);
+}
+
+// ---- Editor pane ----
+
+bool PaneView::isEditorPaneShown() const {
+    return splitter->sizes().value(1) > 0 || editor_pane->isVisible();
+}
+
+void PaneView::showEditorPane(bool show, bool animate) {
+    const int h = splitter->sizes().value(1);
+    int target = 0;
+    if (h == 0) {
+        if (show) {
+            editor_pane->show();
+            target = editor_pane_height;
+            emit addContextSignal(EditorPaneShown);
+        } else {
+            editor_pane->hide();
+        }
+    } else {
+        editor_pane_height = h;
+        if (show) return;
+    }
+    if (!show) {
+        if (current_view && (current_view->context & CellEditing)) current_view->stopEditing(true);
+        emit removeContextSignal(EditorPaneShown);
+        if (current_view) current_view->setFocus();
+    }
+    if (!animate) {
+        setEditorPaneHeightSlot(target);
+        if (!show) editor_pane->hide();
+        return;
+    }
+    height_animation->stop();
+    height_animation->setStartValue(h);
+    height_animation->setEndValue(target);
+    if (!show)
+        connect(height_animation, &QVariantAnimation::finished, editor_pane, &QWidget::hide,
+                Qt::SingleShotConnection);
+    height_animation->start();
+}
+
+void PaneView::setEditorPaneHeightSlot(QVariant height_var) {
+    const int v = height_var.toInt();
+    splitter->setSizes({std::max(splitter->height() - splitter->handleWidth() - v, 1), v});
+}
+
+void PaneView::setLetEditorPaneConsumeNavigationKeys(bool on) {
+    editor_pane->consume_navigation_keys = on;
+}
+
+void PaneView::onMainCellChanged(Range main_cell) {
+    if (current_view && !(current_view->context & CellEditing)) {
+        const QSignalBlocker block(editor_pane);
+        const TableModel* m = current_view->model();
+        editor_pane->setPlainText(main_cell.row >= 0
+                                      ? m->data(m->index(main_cell.row, main_cell.col)).toString()
+                                      : QString());
+        editor_pane->setReadOnly(m->isReadOnly());
+        editor_pane->read_only_mode = m->isReadOnly();
+    }
+    emit mainCellChangedSignal(main_cell);
+}
+
+void PaneView::onStartOffCellEdit(bool blank, bool move_cursor_to_end) {
+    const QSignalBlocker block(editor_pane);
+    editor_pane->setFocus(Qt::OtherFocusReason);
+    if (blank) editor_pane->clear();
+    if (move_cursor_to_end) editor_pane->moveCursor(QTextCursor::End);
+}
+
+void PaneView::onStartOffCellEdit(bool blank, QKeyEvent* ke) {
+    {
+        const QSignalBlocker block(editor_pane);
+        editor_pane->setFocus(Qt::OtherFocusReason);
+        if (blank) editor_pane->clear();
+        if (ke) {
+            QKeyEvent copy(ke->type(), ke->key(), ke->modifiers(), ke->text());
+            QApplication::sendEvent(editor_pane, &copy);
+        }
+    }
+}
+
+void PaneView::onEditorPaneTextChanged() {
+    if (!current_view || current_view->model()->isReadOnly()) return;
+    // Typing in the pane before an edit began starts one there.
+    if (!(current_view->context & CellEditing)) current_view->startEditing(false, true);
+    if (current_view->context & CellEditing)
+        current_view->onCellTextEdited(editor_pane->toPlainText());
+}
+
+void PaneView::onEditingFinished() {
+    if (current_view && (current_view->context & CellEditing)) {
+        current_view->stopEditing(true);
+        current_view->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void PaneView::onNextRowWithColumnReset() {
+    if (current_view) current_view->nextRowWithColumnReset();
+}
+
+void PaneView::onNextColumnWithColumnReset() {
+    if (current_view) current_view->nextColumnWithColumnReset();
+}
+
+void PaneView::onPreviousColumnWithColumnReset() {
+    if (current_view) current_view->previousColumnWithColumnReset();
+}
+
+void PaneView::onEditorPaneFocusIn() {
+    if (current_view && !current_view->model()->isReadOnly() &&
+        !(current_view->context & CellEditing))
+        current_view->startEditing(false, true);
 }

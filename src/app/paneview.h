@@ -6,13 +6,17 @@
 #include <QList>
 #include <QMetaObject>
 #include <QString>
+#include <QVariant>
 #include <QWidget>
 
 #include <map>
 #include <vector>
 
 class AbstractTableView;
+class EditorPane;
+class QKeyEvent;
 class QLabel;
+class QVariantAnimation;
 class QSplitter;
 class QStackedLayout;
 class QVBoxLayout;
@@ -49,6 +53,13 @@ public:
     // The table bits of the window's context, stored in the current view.
     void setContext(int context);
 
+    // The editor pane under the grid, which edits the main cell the way a
+    // formula bar does.
+    void showEditorPane(bool show, bool animate);
+    bool isEditorPaneShown() const;
+    EditorPane* editorPane() const { return editor_pane; }
+    void setLetEditorPaneConsumeNavigationKeys(bool on);
+
     // Font size of the progress label: large and independent of the scale.
     static qreal progressPointSize();
 
@@ -62,6 +73,7 @@ signals:
     void selectionChangedSignal(TableView* table_view);
     void selectionExpandingSignal(AbstractTableView* table_view);
     void mainCellChangedSignal(Range main_cell);
+    void mainCellLengthChangedSignal(int cell_length);
     void updateStatusBarSignal();
     // The three below come from every view, not only the current one: Save
     // All saves tabs in the background, and their marks and the window's list
@@ -81,6 +93,16 @@ public slots:
     void onLoadProgressUpdate(TableView* view, int curr_num_reports, int num_total_reports,
                               int filesize_mb);
     void onLoadFinished(TableView* view);
+    void onMainCellChanged(Range main_cell);
+    void onStartOffCellEdit(bool blank, bool move_cursor_to_end);
+    void onStartOffCellEdit(bool blank, QKeyEvent* ke);
+    void onEditorPaneTextChanged();
+    void onEditingFinished();
+    void onNextRowWithColumnReset();
+    void onNextColumnWithColumnReset();
+    void onPreviousColumnWithColumnReset();
+    void onEditorPaneFocusIn();
+    void setEditorPaneHeightSlot(QVariant height_var);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -96,8 +118,11 @@ private:
     static void wakeLoader(TableView* view);
 
     QVBoxLayout* outer_layout = nullptr;
-    // First child: the table area. The editor pane will be its second child.
+    // First child: the table area; second: the editor pane.
     QSplitter* splitter = nullptr;
+    EditorPane* editor_pane = nullptr;
+    int editor_pane_height = 80;
+    QVariantAnimation* height_animation = nullptr;
     QWidget* table_area = nullptr;
     QStackedLayout* stacked_layout = nullptr;
     TableView* current_view = nullptr;

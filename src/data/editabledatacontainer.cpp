@@ -242,8 +242,7 @@ public:
     }
     // A whole line of unquoted fields (see the scanner): the same row as its
     // fields given one by one would make, built in one go.
-    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields,
-                 qint64 readable) {
+    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields, qint64 readable) {
         if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
         commit();
         fill_.row(rows_->size(), fields);
@@ -671,11 +670,9 @@ int EditableDataContainer::trailingEmptyColumns() const {
 void EditableDataContainer::putCell(PackedRow& r, int column, QByteArrayView bytes, bool quoted) {
     const int n = r.size();
     if (column >= n && bytes.isEmpty() && r.isQuoted(column) == quoted) return;
-    // Most edits keep a cell's length (a digit, a date): written in place.
-    if (column < n && !quoted && r.cell(column).size() == bytes.size()) {
-        r.overwrite(column, bytes.data());
-        return;
-    }
+    // A cell the row already has is rewritten in its block, whatever its
+    // new length, unless the row's offsets would have to widen.
+    if (column < n && !quoted && r.replaceCell(column, bytes)) return;
     // Otherwise the row is gathered anew around the cell. `bytes` may lie in
     // the row itself, which stays until the new block is made.
     PackedRowBuilder& b = rowBuilder();
@@ -1095,17 +1092,34 @@ qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row
         row_count = std::max(row_count, last_row + 1);
     }
     if (column >= column_count && !bytes.isEmpty()) setColumnCount(column + 1);
-    qint64 changed = 0;
-    constexpr int kAhead = 8;
-    for (int r = first_row; r <= last_row; ++r) {
-        // Each row is its own block: ask for the ones ahead while this one is written.
-        if (r + kAhead <= last_row) rows[r + kAhead].prefetchHeader();
-        PackedRow& row = rows[r];
-        const bool quoted = row.isQuoted(column);
-        if (!quoted && column < row.size() && row.cell(column) == bytes) continue;
-        if (!quoted && bytes.isEmpty() && column >= row.size()) continue;
-        putCell(row, column, bytes, false);
-        ++changed;
-    }
-    return changed;
+    auto fill = [this, column, bytes](int from, int to) {
+        qint64 changed = 0;
+        constexpr int kAhead = 8;
+        for (int r = from; r <= to; ++r) {
+            // Each row is its own block: ask for the ones ahead while this
+            // one is written.
+            if (r + kAhead <= to) rows[r + kAhead].prefetchHeader();
+            PackedRow& row = rows[r];
+            if (column < row.size()) {
+                if (row.cell(column) == bytes && !row.isQuoted(column)) continue;
+            } else if (bytes.isEmpty() && !row.isQuoted(column)) {
+                continue;
+            }
+            putCell(row, column, bytes, false);
+            ++changed;
+        }
+        return changed;
+    };
+    // A keystroke into a selected column of millions of rows writes every
+    // one of them; the rows are independent blocks, so two threads share
+    // the work. Below this many rows a thread costs more than it saves.
+    constexpr int kSplitRows = 200000;
+    const int n = last_row - first_row + 1;
+    if (n < kSplitRows) return fill(first_row, last_row);
+    const int middle = first_row + n / 2;
+    qint64 second = 0;
+    std::thread helper([&] { second = fill(middle, last_row); });
+    const qint64 first = fill(first_row, middle - 1);
+    helper.join();
+    return first + second;
 }

@@ -1,6 +1,7 @@
 #include "packedrow.h"
 
 #include <climits>
+#include <malloc.h>
 
 size_t PackedRow::blockBytes() const noexcept {
     if (!block_) return 0;
@@ -78,7 +79,8 @@ PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops
     const size_t w = sizeof(T);
     const size_t header = 1 + 2 * w;
     const size_t tail = size_t(count) * w;
-    auto* b = static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
+    auto* b =
+        static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
     if (!b) throw std::bad_alloc();
     b[0] = uint8_t(w == 1 ? 0 : w == 2 ? 1 : w == 4 ? 2 : 3);
     const T header_fields[2] = {T(count), T(total)};
@@ -124,4 +126,83 @@ PackedRow PackedRowBuilder::fromLine(const char* line, const uint32_t* stops, in
     if (largest <= UINT16_MAX) return with(uint16_t());
     if (largest <= UINT32_MAX) return with(uint32_t());
     return with(uint64_t());
+}
+
+bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
+    if (!block_ || i < 0 || i >= size()) return false;
+    const QByteArrayView old = cell(i);
+    const qsizetype d = bytes.size() - old.size();
+    if (d == 0) {
+        overwrite(i, bytes.data());
+        return true;
+    }
+    const size_t w = width();
+    const size_t total = size_t(field(1));
+    const size_t new_total = size_t(qsizetype(total) + d);
+    const uint64_t limit = w == 8 ? UINT64_MAX : (uint64_t(1) << (8 * w)) - 1;
+    if (new_total > limit) return false;
+    // The bytes may lie in this block, which can move below.
+    const char* src = bytes.data();
+    QByteArray copy;
+    const auto* b = reinterpret_cast<const char*>(block_);
+    if (src >= b && src < b + blockBytes()) {
+        copy = bytes.toByteArray();
+        src = copy.constData();
+    }
+    const size_t header = headerBytes();
+    const size_t count = size_t(field(0));
+    const size_t mark_bytes = (size_t(markedSize()) + 7) / 8;
+    const size_t tail = count * w + mark_bytes;
+    const size_t start = size_t(old.data() - reinterpret_cast<const char*>(block_ + header));
+    const size_t old_end = start + size_t(old.size());
+    const size_t needed = header + new_total + std::max(tail, kSlack);
+    if (d > 0 && needed > malloc_usable_size(block_)) {
+        // Some room to spare, so that the next keystrokes stay in place.
+        void* grown = std::realloc(block_, needed + needed / 8);
+        if (!grown) throw std::bad_alloc();
+        block_ = static_cast<uint8_t*>(grown);
+    }
+    uint8_t* data = block_ + header;
+    // Everything after the cell (the cells, then offsets and marks) moves as one.
+    std::memmove(data + old_end + d, data + old_end, total - old_end + tail);
+    if (!bytes.isEmpty()) std::memcpy(data + start, src, size_t(bytes.size()));
+    auto put = [&](uint8_t* p, uint64_t v) {
+        switch (w) {
+        case 1: {
+            const auto t = uint8_t(v);
+            std::memcpy(p, &t, 1);
+            break;
+        }
+        case 2: {
+            const auto t = uint16_t(v);
+            std::memcpy(p, &t, 2);
+            break;
+        }
+        case 4: {
+            const auto t = uint32_t(v);
+            std::memcpy(p, &t, 4);
+            break;
+        }
+        default:
+            std::memcpy(p, &v, 8);
+        }
+    };
+    auto get = [&](const uint8_t* p) -> uint64_t {
+        switch (w) {
+        case 1:
+            return *p;
+        case 2:
+            return load<uint16_t>(p);
+        case 4:
+            return load<uint32_t>(p);
+        default:
+            return load<uint64_t>(p);
+        }
+    };
+    put(block_ + 1 + w, new_total);
+    uint8_t* ends = data + new_total;
+    for (size_t j = size_t(i); j < count; ++j)
+        put(ends + j * w, uint64_t(qsizetype(get(ends + j * w)) + d));
+    clearMark(i);
+    return true;
 }

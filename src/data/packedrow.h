@@ -132,6 +132,14 @@ public:
 
     size_t blockBytes() const noexcept;
 
+    // Cell i (< size()) becomes `bytes` of another length in the block
+    // itself, growing it with realloc when the allocator has no room left
+    // in it; the mark of i is dropped. False, with the row untouched, when
+    // the new bytes would need wider offsets: the caller rebuilds the row.
+    // Typing into a selected column rewrites every row's cell at each
+    // keystroke, and this keeps that to a move of the row's tail.
+    bool replaceCell(int i, QByteArrayView bytes);
+
 private:
     friend class PackedRowBuilder;
     static constexpr uint8_t kWidthMask = 3;
@@ -291,15 +299,15 @@ public:
     // `line` on may be read. Whether each stored field holds bytes is ORed
     // into bit `fill_bit` of fill[k] while the field is at hand, for the
     // columns' fill bits.
-    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields,
-                              size_t readable, uint64_t* fill, int fill_bit);
+    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields, size_t readable,
+                              uint64_t* fill, int fill_bit);
 
 private:
     Q_NEVER_INLINE void grow(size_t n);
     template <class T> PackedRow buildWith() const;
     template <class T>
-    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count,
-                                  size_t total, size_t readable, uint64_t* fill, int fill_bit);
+    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count, size_t total,
+                                  size_t readable, uint64_t* fill, int fill_bit);
 
     char* data_ = nullptr;
     size_t size_ = 0;

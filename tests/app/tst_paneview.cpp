@@ -4,6 +4,7 @@
 #include "view/headerview.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "widgets/editorpane.h"
 #include "widgets/togglebutton.h"
 
 #include <QApplication>
@@ -16,6 +17,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUndoStack>
 
 // The pane, the metadata panel and the status bar, driven with real files,
 // clicks and keys.
@@ -73,6 +75,42 @@ class TestPaneView : public QObject {
     }
 
 private slots:
+    // The pane edits the main cell away from the grid: a key typed on the
+    // grid goes to the pane, nothing is written live, and the end of the
+    // edit writes every selected cell in one undo step.
+    void editorPaneEditsTheSelection() {
+        QList<TableView*> views;
+        auto pane = makePane({writeGrid(QStringLiteral("pane.csv"), 3, 3)}, views);
+        QVERIFY(pane);
+        TableView& view = *views.front();
+        TableModel& m = *view.model();
+        pane->showEditorPane(true, false);
+        // Without a window the pane's bits reach the view by hand.
+        pane->setContext(TableOpen | TableFocus | EditorPaneShown);
+        m.setMainAndSelection(Range(1, 1, Range::Model),
+                              {Range(1, 1, Range::Model), Range(2, 2, Range::Model)});
+        QCOMPARE(pane->editorPane()->toPlainText(), QStringLiteral("11"));
+        view.setFocus();
+        QTest::keyClick(&view, 'z');
+        QTest::keyClick(pane->editorPane(), 'w');
+        QCOMPARE(pane->editorPane()->toPlainText(), QStringLiteral("zw"));
+        QCOMPARE(m.data(m.index(2, 2)).toString(), QStringLiteral("22")); // not live
+        QTest::keyClick(pane->editorPane(), Qt::Key_Escape);
+        QCOMPARE(m.data(m.index(1, 1)).toString(), QStringLiteral("zw"));
+        QCOMPARE(m.data(m.index(2, 2)).toString(), QStringLiteral("zw"));
+        QCOMPARE(view.undoStack()->count(), 1);
+        // With the navigation keys its own, Enter is a line break in the cell.
+        pane->setLetEditorPaneConsumeNavigationKeys(true);
+        m.selectSingleCell(Range(0, 0, Range::Model));
+        QCOMPARE(pane->editorPane()->toPlainText(), QStringLiteral("0"));
+        view.setFocus();
+        QTest::keyClick(&view, 'a');
+        QTest::keyClick(pane->editorPane(), Qt::Key_Return);
+        QTest::keyClick(pane->editorPane(), 'b');
+        QTest::keyClick(pane->editorPane(), Qt::Key_Escape);
+        QCOMPARE(m.data(m.index(0, 0)).toString(), QStringLiteral("a\nb"));
+    }
+
     void initTestCase() {
         QVERIFY(dir.isValid());
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
