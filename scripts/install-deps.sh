@@ -7,6 +7,7 @@ packages=(
   build-essential cmake ninja-build ccache pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-5compat-dev libgl-dev
   clang libclang-rt-14-dev
+  xvfb xclip
 )
 if [ "${GRIDMERE_BENCH_PEERS:-0}" = 1 ]; then
   packages+=(sqlite3 python3-pandas time)

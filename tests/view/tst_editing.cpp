@@ -239,7 +239,9 @@ private slots:
     // edited bytes again.
     void undoAllRestoresEveryByte_data() {
         QTest::addColumn<quint32>("seed");
-        for (quint32 seed = 1; seed <= 40; ++seed)
+        // GRIDMERE_UNDO_SEEDS=N runs N seeds, for a longer soak than CI's.
+        const quint32 seeds = qEnvironmentVariableIntValue("GRIDMERE_UNDO_SEEDS");
+        for (quint32 seed = 1; seed <= (seeds ? seeds : 40); ++seed)
             QTest::newRow(qPrintable(QString::number(seed))) << seed;
     }
     void undoAllRestoresEveryByte() {
@@ -337,6 +339,9 @@ private slots:
             }
         }
         const QString edited = saved(*view, dir.filePath(QStringLiteral("edited%1").arg(seed)));
+        if (qEnvironmentVariableIsSet("GRIDMERE_UNDO_TRACE"))
+            for (int i = 0; i < view->undoStack()->count(); ++i)
+                qDebug() << i << view->undoStack()->command(i)->text();
         while (view->undoStack()->canUndo())
             view->commandUndo();
         QCOMPARE(saved(*view, dir.filePath(QStringLiteral("undone%1").arg(seed))), before);
