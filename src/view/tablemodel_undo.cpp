@@ -270,23 +270,44 @@ void TableModel::captureRanges(RangeVector& ranges, bool capture_new, bool captu
 
 bool TableModel::writeRanges(const RangeVector& ranges, bool use_old_values, const Range& skip,
                              bool through_model) {
-    RangeVector raw = toRawRanges(ranges);
-    // Open ends reach the table's end as the closed writes leave it, so
-    // the closed ones go first: the result is then the same whatever the
-    // order of the members, at each keystroke and at each redo.
-    std::stable_partition(raw.begin(), raw.end(), [](const Range& r) {
-        const Extent e = extentOf(r);
-        return e.r1 != Range::kToEnd && e.c1 != Range::kToEnd;
-    });
-    const RangeVector skip_raw =
-        skip.kind == Range::Invalid ? RangeVector() : toRawRanges(RangeVector{skip});
-    bool changed = false;
+    const RangeVector raw = toRawRanges(ranges);
+    // Open ends reach the table's end as the whole write leaves it: the
+    // growth of every member is worked out first, so that the result is the
+    // same whatever the order of the members, at each keystroke and at each
+    // redo.
+    int end_row = table_data.numRawRows() - 1, end_col = table_data.numRawColumns() - 1;
     for (const Range& r : raw) {
         if (r.kind == Range::Invalid || !r.isValid()) continue;
         const Extent e = extentOf(r);
         const QVariant& single = use_old_values ? r.old_value : r.value;
         const auto& line_values = use_old_values ? r.old_values : r.values;
         const auto& grid = use_old_values ? r.old_value_grid : r.value_grid;
+        int last_row = e.r1, last_col = e.c1;
+        if (single.userType() == qMetaTypeId<StoredCells>()) {
+            const StoredCells cells = single.value<StoredCells>();
+            if (cells.isEmpty()) continue;
+            last_row = e.r0 + (cells.lastRow() - cells.firstRow());
+            last_col = e.c0 + (cells.lastColumn() - cells.firstColumn());
+        } else if (line_values.empty() && grid.empty() && single.toString().isEmpty()) {
+            continue;
+        }
+        if (last_row != Range::kToEnd) end_row = std::max(end_row, last_row);
+        if (last_col != Range::kToEnd) end_col = std::max(end_col, last_col);
+    }
+    const RangeVector skip_raw =
+        skip.kind == Range::Invalid ? RangeVector() : toRawRanges(RangeVector{skip});
+    bool changed = false;
+    for (const Range& r : raw) {
+        if (r.kind == Range::Invalid || !r.isValid()) continue;
+        Extent e = extentOf(r);
+        const QVariant& single = use_old_values ? r.old_value : r.value;
+        const auto& line_values = use_old_values ? r.old_values : r.values;
+        const auto& grid = use_old_values ? r.old_value_grid : r.value_grid;
+        if (line_values.empty() && grid.empty()) {
+            if (e.r1 == Range::kToEnd) e.r1 = end_row;
+            if (e.c1 == Range::kToEnd) e.c1 = end_col;
+            if (e.r0 > e.r1 || e.c0 > e.c1) continue;
+        }
         const bool per_cell = hasExclusions(r) || !skip_raw.empty();
         const bool captured =
             single.canConvert<StoredCells>() && single.userType() == qMetaTypeId<StoredCells>();

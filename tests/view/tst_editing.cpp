@@ -339,9 +339,6 @@ private slots:
             }
         }
         const QString edited = saved(*view, dir.filePath(QStringLiteral("edited%1").arg(seed)));
-        if (qEnvironmentVariableIsSet("GRIDMERE_UNDO_TRACE"))
-            for (int i = 0; i < view->undoStack()->count(); ++i)
-                qDebug() << i << view->undoStack()->command(i)->text();
         while (view->undoStack()->canUndo())
             view->commandUndo();
         QCOMPARE(saved(*view, dir.filePath(QStringLiteral("undone%1").arg(seed))), before);
