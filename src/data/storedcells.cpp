@@ -32,3 +32,17 @@ QByteArrayView StoredCells::Reader::next(bool* quoted) {
     p += n;
     return cell;
 }
+
+void StoredCells::Reader::skip(qint64 n) {
+    for (; n > 0 && p < end; --n) {
+        quint64 v = 0;
+        int shift = 0;
+        while (p < end) {
+            const auto b = quint8(*p++);
+            v |= quint64(b & 0x7f) << shift;
+            if (!(b & 0x80)) break;
+            shift += 7;
+        }
+        p += std::min<qsizetype>(qsizetype(v >> 1), end - p);
+    }
+}

@@ -40,6 +40,8 @@ public:
         bool atEnd() const { return p >= end; }
         // The next cell; its view lives as long as the StoredCells.
         QByteArrayView next(bool* quoted);
+        // Steps over n cells, reading only their lengths.
+        void skip(qint64 n);
 
     private:
         const char* p;

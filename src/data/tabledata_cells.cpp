@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <thread>
 
 namespace {
 
@@ -55,23 +56,51 @@ StoredCells TableData::captureRaw(int r0, int r1, int c0, int c1) const {
 bool TableData::restoreRaw(const StoredCells& cells) {
     if (!container || container_kind == ReadOnlyKind || cells.isEmpty()) return false;
     auto* editable = static_cast<EditableDataContainer*>(container.get());
-    StoredCells::Reader reader(cells);
+    const int width = cells.lastColumn() - cells.firstColumn() + 1;
+    // Puts back the rows [from, to] of the capture, reading from `reader`
+    // placed at the first cell of row `from`. The store must already hold
+    // every row written, so that two of these can run at once.
+    auto restoreRows = [&](int from, int to, StoredCells::Reader reader) {
+        bool changed = false;
+        for (int r = from; r <= to; ++r)
+            for (int c = cells.firstColumn(); c <= cells.lastColumn(); ++c) {
+                bool quoted = false;
+                const QByteArrayView bytes = reader.next(&quoted);
+                int sr = r, sc = c;
+                if (transposed) std::swap(sr, sc);
+                if (editable->cellView(sr, sc) == bytes && editable->isQuoted(sr, sc) == quoted)
+                    continue;
+                if (bytes.isEmpty() && !quoted && sr >= editable->storedRowCount()) continue;
+                editable->setCell(sr, sc, bytes, quoted);
+                changed = true;
+            }
+        return changed;
+    };
+    const int first = cells.firstRow(), last = cells.lastRow();
     bool changed = false;
+    // Undo of an edit over a column of millions of rows: two threads, each
+    // over its half of the rows, once the store reaches the last row.
+    constexpr int kSplitRows = 200000;
+    if (!transposed && last - first + 1 >= kSplitRows && last < editable->storedRowCount() &&
+        cells.lastColumn() < editable->columnCount()) {
+        const int middle = first + (last - first + 1) / 2;
+        StoredCells::Reader second_reader(cells);
+        second_reader.skip(qint64(middle - first) * width);
+        bool second = false;
+        std::thread helper([&] { second = restoreRows(middle, last, second_reader); });
+        changed = restoreRows(first, middle - 1, StoredCells::Reader(cells));
+        helper.join();
+        changed = changed || second;
+    } else {
+        changed = restoreRows(first, last, StoredCells::Reader(cells));
+    }
+    // Cells put back past the table's end (quoted empty ones, a move's
+    // targets) grow it as the store grew.
     bool grew = false;
-    for (int r = cells.firstRow(); r <= cells.lastRow(); ++r)
-        for (int c = cells.firstColumn(); c <= cells.lastColumn(); ++c) {
-            bool quoted = false;
-            const QByteArrayView bytes = reader.next(&quoted);
-            int sr = r, sc = c;
-            if (transposed) std::swap(sr, sc);
-            if (editable->cellView(sr, sc) == bytes && editable->isQuoted(sr, sc) == quoted)
-                continue;
-            if (bytes.isEmpty() && !quoted && sr >= editable->storedRowCount()) continue;
-            editable->setCell(sr, sc, bytes, quoted);
-            changed = true;
-            if (sr >= num_raw_rows) num_raw_rows = sr + 1, grew = true;
-            if (sc >= num_raw_cols) num_raw_cols = sc + 1, grew = true;
-        }
+    if (changed && editable->rowCount() > num_raw_rows)
+        num_raw_rows = editable->rowCount(), grew = true;
+    if (changed && editable->columnCount() > num_raw_cols)
+        num_raw_cols = editable->columnCount(), grew = true;
     if (changed) forgetFillBits();
     if (grew) emitTableSize();
     return changed;
