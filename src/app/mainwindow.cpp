@@ -6,6 +6,8 @@
 #include "app/statusbar.h"
 #include "app/tabbar.h"
 #include "app/titlebarbutton.h"
+#include "commands/commandtable.h"
+#include "commands/contextrules.h"
 #include "data/fileparameters.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
@@ -16,6 +18,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QSplitter>
 #include <QUndoStack>
@@ -24,6 +27,11 @@
 MainWindow::MainWindow(QWidget* parent) : QWidget(parent) {
     setAcceptDrops(true);
     buildLayout();
+    // Every command is a row of one table: its menu entry, its shortcut and
+    // its slot here. Rows whose feature is not built stay disabled.
+    command_table = std::make_unique<CommandTable>(this);
+    command_table->buildMenus(menu_bar);
+    command_table->setContext(context);
     connect(&file_watcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onFileChanged);
     newUntitledTable();
 }
@@ -47,6 +55,10 @@ void MainWindow::buildLayout() {
     auto* title_layout = new QHBoxLayout(title_bar);
     title_layout->setContentsMargins(10, 0, 0, 0);
     title_layout->setSpacing(0);
+    menu_bar = new QMenuBar(title_bar);
+    menu_bar->setObjectName(QStringLiteral("MenuBar"));
+    title_layout->addWidget(menu_bar);
+    title_layout->addSpacing(10);
     title_layout->addWidget(title_label, 1);
     title_layout->addWidget(minimize_button);
     title_layout->addWidget(maximize_button);
@@ -58,14 +70,6 @@ void MainWindow::buildLayout() {
     tab_bar = new TabBar(this);
     side_bar = new SideBar(tab_bar, this);
     pane_view = new PaneView(this);
-    // "Toggle Show Editor Pane" on its default chord, until the command
-    // table gives every command its action.
-    auto* toggle_pane = new QAction(this);
-    toggle_pane->setShortcut(QKeySequence(QStringLiteral("Ctrl+K, Ctrl+E")));
-    toggle_pane->setShortcutContext(Qt::WindowShortcut);
-    connect(toggle_pane, &QAction::triggered, this,
-            [this] { pane_view->showEditorPane(!pane_view->isEditorPaneShown(), true); });
-    addAction(toggle_pane);
 
     auto* right = new QWidget(this);
     auto* right_layout = new QVBoxLayout(right);
@@ -288,13 +292,15 @@ QString MainWindow::ask(const QString& text, const QStringList& buttons) {
 // The current view mirrors the window's bits: what it may do (edit in the
 // pane, take keys) depends on the window as much as on itself.
 void MainWindow::addContext(Context c, bool) {
-    context |= c;
+    context = contextAdded(context, c);
     if (pane_view) pane_view->setContext(int(context));
+    if (command_table) command_table->setContext(context);
 }
 
 void MainWindow::removeContext(Context c, bool) {
-    context &= ~quint32(c);
+    context = contextRemoved(context, c);
     if (pane_view) pane_view->setContext(int(context));
+    if (command_table) command_table->setContext(context);
 }
 
 void MainWindow::closeEvent(QCloseEvent* e) {

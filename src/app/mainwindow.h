@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commands/refreshbehavior.h"
 #include "data/dialect.h"
 #include "data/extensiondata.h"
 #include "view/context.h"
@@ -10,10 +11,13 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class FileMetadataWidget;
+class CommandTable;
 class PaneView;
+class QMenuBar;
 class QLabel;
 class SideBar;
 class StatusBar;
@@ -22,12 +26,6 @@ class TableView;
 class TitleBarButton;
 
 // What to do when another program changes an open file.
-enum RefreshBehavior : int32_t {
-    RefreshOnChange = 0,
-    AskOnChange = 1,
-    IgnoreChange = 2,
-    InvalidRefresh = 3
-};
 
 // The open tables of one window and every flow from a file name to a tab and
 // back: open, save, close, reload, rename, move, duplicate, delete, watching
@@ -125,6 +123,56 @@ public slots:
     void addContext(Context context, bool set_context = true);
     void removeContext(Context context, bool set_context = true);
 
+    // Edit menu and the cell movements (mainwindow_edit.cpp).
+    void commandUndo();
+    void commandRedo();
+    void commandCutCells();
+    void commandCopyCells();
+    void commandCopyCellsWithHeader();
+    void commandPasteCells();
+    void commandEditSelectedCell();
+    void commandStopEditing();
+    void commandClearCellContentsNavigate();
+    void commandMoveCellContentsUp();
+    void commandMoveCellContentsDown();
+    void commandMoveCellContentsLeft();
+    void commandMoveCellContentsRight();
+    void commandDuplicateSelectedCellContentsUp();
+    void commandDuplicateSelectedCellContentsDown();
+    void commandDuplicateSelectedCellContentsLeft();
+    void commandDuplicateSelectedCellContentsRight();
+    void commandToggleShowEditorPane();
+    // Select and Go To menus.
+    void commandSelectUp();
+    void commandSelectDown();
+    void commandSelectLeft();
+    void commandSelectRight();
+    void commandSelectUpByABlock();
+    void commandSelectDownByABlock();
+    void commandSelectLeftByABlock();
+    void commandSelectRightByABlock();
+    void commandMoveSelectionUp();
+    void commandMoveSelectionDown();
+    void commandMoveSelectionLeft();
+    void commandMoveSelectionRight();
+    void commandMoveSelectionUpByABlock();
+    void commandMoveSelectionDownByABlock();
+    void commandMoveSelectionLeftByABlock();
+    void commandMoveSelectionRightByABlock();
+    void commandSelectEntireColumns();
+    void commandSelectEntireColumnsHeaderExcluded();
+    void commandSelectEntireRows();
+    void commandSelectEntireRowsHeaderExcluded();
+    void commandSelectEntireTable();
+    void commandGoUpOneScreen();
+    void commandGoDownOneScreen();
+    void commandGoLeftOneScreen();
+    void commandGoRightOneScreen();
+    void commandGoToTop();
+    void commandGoToBottom();
+    void commandGoToFarLeft();
+    void commandGoToFarRight();
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     void dragEnterEvent(QDragEnterEvent* e) override;
@@ -150,6 +198,8 @@ private:
     QString chooseSavePath(TableView* view, const QString& title);
 
     QWidget* title_bar = nullptr;
+    QMenuBar* menu_bar = nullptr;
+    std::unique_ptr<CommandTable> command_table;
     QLabel* title_label = nullptr;
     TitleBarButton* minimize_button = nullptr;
     TitleBarButton* maximize_button = nullptr;
