@@ -254,7 +254,9 @@ private:
 #if defined(__SSE2__)
         for (;;) {
             qint64 off = i - block_;
-            if (off >= 64) {
+            // A scan may come back to a position before the cached block
+            // (a whole-line attempt that gave up): classify afresh there.
+            if (off < 0 || off >= 64) {
                 if (i + 64 > n) break;
                 block_ = i;
                 block_mask_ = specialMask(p + i);
