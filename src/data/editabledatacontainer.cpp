@@ -242,8 +242,7 @@ public:
     }
     // A whole line of unquoted fields (see the scanner): the same row as its
     // fields given one by one would make, built in one go.
-    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields,
-                 qint64 readable) {
+    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields, qint64 readable) {
         if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
         commit();
         fill_.row(rows_->size(), fields);

@@ -187,7 +187,7 @@ private:
     // each one went through the host's row state in memory. The whole-line
     // path only notes where fields end, in a small array, and the host makes
     // the row's block straight from the chunk.
-    static constexpr bool kTakesLines = requires(Host& h, const uint32_t* s) {
+    static constexpr bool kTakesLines = requires(Host & h, const uint32_t* s) {
         { h.setLine(qint64(0), "", s, 0, qint64(0)) } -> std::same_as<bool>;
     };
     static constexpr int kLineFields = 256;

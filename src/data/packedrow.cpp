@@ -78,7 +78,8 @@ PackedRow PackedRowBuilder::fromLineWith(const char* line, const uint32_t* stops
     const size_t w = sizeof(T);
     const size_t header = 1 + 2 * w;
     const size_t tail = size_t(count) * w;
-    auto* b = static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
+    auto* b =
+        static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
     if (!b) throw std::bad_alloc();
     b[0] = uint8_t(w == 1 ? 0 : w == 2 ? 1 : w == 4 ? 2 : 3);
     const T header_fields[2] = {T(count), T(total)};

@@ -291,15 +291,15 @@ public:
     // `line` on may be read. Whether each stored field holds bytes is ORed
     // into bit `fill_bit` of fill[k] while the field is at hand, for the
     // columns' fill bits.
-    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields,
-                              size_t readable, uint64_t* fill, int fill_bit);
+    static PackedRow fromLine(const char* line, const uint32_t* stops, int fields, size_t readable,
+                              uint64_t* fill, int fill_bit);
 
 private:
     Q_NEVER_INLINE void grow(size_t n);
     template <class T> PackedRow buildWith() const;
     template <class T>
-    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count,
-                                  size_t total, size_t readable, uint64_t* fill, int fill_bit);
+    static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count, size_t total,
+                                  size_t readable, uint64_t* fill, int fill_bit);
 
     char* data_ = nullptr;
     size_t size_ = 0;
