@@ -50,6 +50,10 @@ bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
             fillbits::insert(bits, raw, count);
     } else {
         moveFillColumns([&](int c) { return c >= raw ? c + count : c; });
+        // New columns hold nothing: no walk is needed to know it.
+        if (container_kind != ReadOnlyKind)
+            for (int c = raw; c < raw + count; ++c)
+                fill_bits.try_emplace(c);
     }
     num_raw += count;
     emitTableSize();
