@@ -248,8 +248,12 @@ public:
         if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
         commit();
         fill_.row(rows_->size(), fields);
-        rows_->push_back(PackedRowBuilder::fromQuotedLine(
-            line, stops, fields, quoted, size_t(readable), fill_.words(), fill_.bit()));
+        // Most lines have no quoted field; they skip the marks' bookkeeping.
+        rows_->push_back(quoted ? PackedRowBuilder::fromQuotedLine(line, stops, fields, quoted,
+                                                                   size_t(readable), fill_.words(),
+                                                                   fill_.bit())
+                                : PackedRowBuilder::fromLine(line, stops, fields, size_t(readable),
+                                                             fill_.words(), fill_.bit()));
         *row_count_ = int(row + 1);
         if (fields > *column_count_) *column_count_ = fields;
         return true;
