@@ -240,14 +240,20 @@ public:
         }
         setCellSlow(row, column, bytes, size, false);
     }
-    // A whole line of unquoted fields (see the scanner): the same row as its
-    // fields given one by one would make, built in one go.
-    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields, qint64 readable) {
+    // A whole line (see the scanner): the same row as its fields given one
+    // by one would make, built in one go. Bit k of `quoted` marks field k as
+    // unwrapped from quotes.
+    bool setLine(qint64 row, const char* line, const uint32_t* stops, int fields, uint64_t quoted,
+                 qint64 readable) {
         if (Q_UNLIKELY(row > kMaxIndex || row < 0)) return false;
         commit();
         fill_.row(rows_->size(), fields);
-        rows_->push_back(PackedRowBuilder::fromLine(line, stops, fields, size_t(readable),
-                                                    fill_.words(), fill_.bit()));
+        // Most lines have no quoted field; they skip the marks' bookkeeping.
+        rows_->push_back(quoted ? PackedRowBuilder::fromQuotedLine(line, stops, fields, quoted,
+                                                                   size_t(readable), fill_.words(),
+                                                                   fill_.bit())
+                                : PackedRowBuilder::fromLine(line, stops, fields, size_t(readable),
+                                                             fill_.words(), fill_.bit()));
         *row_count_ = int(row + 1);
         if (fields > *column_count_) *column_count_ = fields;
         return true;

@@ -187,48 +187,64 @@ private:
     // each one went through the host's row state in memory. The whole-line
     // path only notes where fields end, in a small array, and the host makes
     // the row's block straight from the chunk.
-    static constexpr bool kTakesLines = requires(Host& h, const uint32_t* s) {
-        { h.setLine(qint64(0), "", s, 0, qint64(0)) } -> std::same_as<bool>;
+    static constexpr bool kTakesLines = requires(Host & h, const uint32_t* s) {
+        { h.setLine(qint64(0), "", s, 0, uint64_t(0), qint64(0)) } -> std::same_as<bool>;
     };
     static constexpr int kLineFields = 256;
 
-    // From the start of a line at i: its unquoted fields up to its end, when
-    // that is in this chunk and the line has no quoted field and not too many
-    // fields. Otherwise the fields found so far go over one by one, as the
-    // field loop would have sent them, and the caller goes on from the first
+    // From the start of a line at i: its fields up to its end, when that is
+    // in this chunk, the line has not too many fields, and each quoted field
+    // is among the first 64 and simply wrapped in quotes. Otherwise the fields found so far go over
+    // one by one, as the field loop would have sent them, and the caller goes on from the first
     // field not sent (column_ and i say which).
     Taken wholeLine(const char* p, qint64& i, qint64 n) {
         const qint64 start = i;
         int fields = 0;
+        uint64_t quoted = 0;
         for (;;) {
-            if (p[i] == '"' && quotes_) break;
-            const qint64 j = findSpecial(p, i, n);
-            if (j == n || fields == kLineFields) break;
+            qint64 j;
+            if (p[i] == '"' && quotes_) {
+                // Its end is the next quote, which must close it: a doubled
+                // quote or text after the closing one goes field by field.
+                const void* q =
+                    fields < 64 ? std::memchr(p + i + 1, '"', size_t(n - i - 1)) : nullptr;
+                if (!q) break;
+                j = static_cast<const char*>(q) - p + 1;
+                if (j == n || !(isDelimiter(p[j]) || isLineEnd(p[j]))) break;
+                quoted |= uint64_t(1) << fields;
+            } else {
+                j = findSpecial(p, i, n);
+                if (j == n || fields == kLineFields) break;
+            }
             stops_[fields++] = uint32_t(j - start);
             const char c = p[j];
             i = j + 1;
             if (!isDelimiter(c)) {
-                if (!host_->setLine(row_, p + start, stops_, fields, n - start))
-                    replayFields(p, start, fields, n);
+                if (!host_->setLine(row_, p + start, stops_, fields, quoted, n - start))
+                    replayFields(p, start, fields, quoted, n);
                 column_ = fields - 1;
                 lineEnd(c, p, i, n);
                 return LineTaken;
             }
             if (i == n) {
-                replayFields(p, start, fields, n);
+                replayFields(p, start, fields, quoted, n);
                 column_ = fields - 1;
                 return SeamAfterDelimiter;
             }
         }
-        replayFields(p, start, fields, n);
+        replayFields(p, start, fields, quoted, n);
         column_ = fields;
         return FieldByField;
     }
-    void replayFields(const char* p, qint64 start, int fields, qint64 n) {
+    void replayFields(const char* p, qint64 start, int fields, uint64_t quoted, qint64 n) {
         for (int k = 0; k < fields; ++k) {
             column_ = k;
             const qint64 begin = k ? start + stops_[k - 1] + 1 : start;
-            cellInChunk(p, begin, start + stops_[k], n);
+            const qint64 end = start + stops_[k];
+            if (k < 64 && (quoted >> k) & 1)
+                quotedCell(p + begin + 1, size_t(end - begin - 2));
+            else
+                cellInChunk(p, begin, end, n);
         }
     }
 

@@ -206,3 +206,83 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
     clearMark(i);
     return true;
 }
+
+namespace {
+// Lines may have more fields than the 64 that `quoted` can mark.
+inline size_t quotedAt(uint64_t quoted, int k) {
+    return k < 64 ? (quoted >> k) & 1 : 0;
+}
+} // namespace
+
+template <class T>
+PackedRow PackedRowBuilder::fromQuotedLineWith(const char* line, const uint32_t* stops, int count,
+                                               uint64_t quoted, int marked, size_t total,
+                                               size_t readable, uint64_t* fill, int fill_bit) {
+    const size_t w = sizeof(T);
+    const size_t header = 1 + 3 * w;
+    const size_t mark_bytes = (size_t(marked) + 7) / 8;
+    const size_t tail = size_t(count) * w + mark_bytes;
+    auto* b =
+        static_cast<uint8_t*>(std::malloc(header + total + std::max(tail, PackedRow::kSlack)));
+    if (!b) throw std::bad_alloc();
+    b[0] = uint8_t((w == 1 ? 0 : w == 2 ? 1 : w == 4 ? 2 : 3) | PackedRow::kMarksFlag);
+    const T header_fields[3] = {T(count), T(total), T(marked)};
+    std::memcpy(b + 1, header_fields, sizeof header_fields);
+    uint8_t* data = b + header;
+    uint8_t* ends = data + total;
+    // As in fromLineWith, but a quoted field leaves out its two quotes, so
+    // places are counted as the fields go. The offsets come after all the
+    // bytes, which may run over them.
+    size_t at = 0, from = 0;
+    for (int k = 0; k < count; ++k) {
+        const size_t q = quotedAt(quoted, k);
+        const size_t begin = from + q;
+        const size_t n = stops[k] - q - begin;
+        fill[k] |= uint64_t(n != 0) << fill_bit;
+        if (n <= 16 && begin + 16 <= readable)
+            std::memcpy(data + at, line + begin, 16);
+        else
+            std::memcpy(data + at, line + begin, n);
+        at += n;
+        from = stops[k] + 1;
+    }
+    at = 0, from = 0;
+    for (int k = 0; k < count; ++k) {
+        at += stops[k] - from - 2 * quotedAt(quoted, k);
+        const T end = T(at);
+        std::memcpy(ends + size_t(k) * w, &end, w);
+        from = stops[k] + 1;
+    }
+    uint8_t* m = ends + size_t(count) * w;
+    for (size_t k = 0; k < mark_bytes; ++k)
+        m[k] = uint8_t(quoted >> (k * 8));
+    if (tail < PackedRow::kSlack) std::memset(ends + tail, 0, PackedRow::kSlack - tail);
+    return PackedRow(b);
+}
+
+PackedRow PackedRowBuilder::fromQuotedLine(const char* line, const uint32_t* stops, int fields,
+                                           uint64_t quoted, size_t readable, uint64_t* fill,
+                                           int fill_bit) {
+    if (!quoted) return fromLine(line, stops, fields, readable, fill, fill_bit);
+    auto bytes = [&](int k) {
+        return stops[k] - (k ? stops[k - 1] + 1 : 0) - 2 * uint32_t(quotedAt(quoted, k));
+    };
+    // Empty fields at the end store no cell, but their quotes are remembered.
+    int count = fields;
+    while (count > 0 && bytes(count - 1) == 0)
+        --count;
+    const int marked = 64 - __builtin_clzll(quoted);
+    const uint64_t stored = count < 64 ? quoted & ((uint64_t(1) << count) - 1) : quoted;
+    const size_t total = count ? size_t(stops[count - 1]) - size_t(count - 1) -
+                                     2 * size_t(__builtin_popcountll(stored))
+                               : 0;
+    const uint64_t largest = std::max<uint64_t>({total, uint64_t(count), uint64_t(marked)});
+    auto with = [&](auto width) {
+        return fromQuotedLineWith<decltype(width)>(line, stops, count, quoted, marked, total,
+                                                   readable, fill, fill_bit);
+    };
+    if (largest <= UINT8_MAX) return with(uint8_t());
+    if (largest <= UINT16_MAX) return with(uint16_t());
+    if (largest <= UINT32_MAX) return with(uint32_t());
+    return with(uint64_t());
+}

@@ -301,6 +301,10 @@ public:
     // columns' fill bits.
     static PackedRow fromLine(const char* line, const uint32_t* stops, int fields, size_t readable,
                               uint64_t* fill, int fill_bit);
+    // The same where bit k of `quoted` says field k (k < 64) is in quotes
+    // with none inside: its cell is what lies between them, and it is marked.
+    static PackedRow fromQuotedLine(const char* line, const uint32_t* stops, int fields,
+                                    uint64_t quoted, size_t readable, uint64_t* fill, int fill_bit);
 
 private:
     Q_NEVER_INLINE void grow(size_t n);
@@ -308,6 +312,10 @@ private:
     template <class T>
     static PackedRow fromLineWith(const char* line, const uint32_t* stops, int count, size_t total,
                                   size_t readable, uint64_t* fill, int fill_bit);
+    template <class T>
+    static PackedRow fromQuotedLineWith(const char* line, const uint32_t* stops, int count,
+                                        uint64_t quoted, int marked, size_t total, size_t readable,
+                                        uint64_t* fill, int fill_bit);
 
     char* data_ = nullptr;
     size_t size_ = 0;

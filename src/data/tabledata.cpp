@@ -56,11 +56,11 @@ void TableData::applyDialectTo(AbstractDataContainer& c) {
 
 // ---- Fill bits ----
 
-const std::vector<uint64_t>& TableData::fillBits(int stored_column) const {
+const FillBits& TableData::fillBits(int stored_column) const {
     auto found = fill_bits.find(stored_column);
     if (found != fill_bits.end()) return found->second;
-    const int stored_rows = transposed ? num_raw_cols : num_raw_rows;
-    std::vector<uint64_t> bits(size_t(stored_rows + 63) / 64, 0);
+    const int stored_rows = num_raw_rows;
+    FillBits bits(size_t(stored_rows + 63) / 64, 0);
     if (container_kind != ReadOnlyKind) {
         const auto* c = static_cast<const EditableDataContainer*>(container.get());
         // The container's own walk reads ahead of itself.
@@ -69,6 +69,23 @@ const std::vector<uint64_t>& TableData::fillBits(int stored_column) const {
             bits[size_t(r) / 64] |= uint64_t(1) << (r % 64);
     }
     return fill_bits.emplace(stored_column, std::move(bits)).first->second;
+}
+
+void TableData::takeLoadedFillBits() {
+    fill_bits.clear();
+    if (container_kind == ReadOnlyKind) return;
+    std::vector<FillBits> loaded =
+        static_cast<EditableDataContainer*>(container.get())->takeFillBits();
+    // A column the reader noted no cell in holds none.
+    for (int c = 0; c < num_raw_cols; ++c)
+        fill_bits.emplace(c, c < int(loaded.size()) ? std::move(loaded[size_t(c)]) : FillBits());
+}
+
+void TableData::moveFillColumns(const std::function<int(int)>& to) {
+    std::unordered_map<int, FillBits> moved;
+    for (auto& [column, bits] : fill_bits)
+        if (const int c = to(column); c >= 0) moved.emplace(c, std::move(bits));
+    fill_bits.swap(moved);
 }
 
 void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
@@ -121,10 +138,11 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
                 &TableData::startProgressUpdateSignal);
         connect(container.get(), &AbstractDataContainer::loadProgressUpdateSignal, this,
                 &TableData::loadProgressUpdateSignal);
-        container->loadCSV();
+        const bool loaded = container->loadCSV();
         loading = false;
         num_raw_rows = container->rowCount();
         num_raw_cols = container->columnCount();
+        if (loaded) takeLoadedFillBits();
         emit loadFinishedSignal();
         emitTableSize();
     }
@@ -132,9 +150,9 @@ void TableData::load(const QString& filepath, bool asynchronous, bool read_only,
 
 void TableData::onLoadFinished() {
     loading = false;
-    forgetFillBits();
     num_raw_rows = container->rowCount();
     num_raw_cols = container->columnCount();
+    takeLoadedFillBits(); // the container only says it is done when it read all
     emit loadFinishedSignal();
     emitTableSize();
 }
@@ -260,6 +278,7 @@ bool TableData::setRawData(int raw_row, int raw_column, const QString& text) {
 
 bool TableData::setStoredCell(int row, int column, const QString& text) {
     if (row < 0 || column < 0) return false;
+    const int columns_before = num_raw_cols;
     bool grew = false;
     if (row >= num_raw_rows) {
         if (text.isEmpty()) return false;
@@ -271,24 +290,18 @@ bool TableData::setStoredCell(int row, int column, const QString& text) {
         num_raw_cols = column + 1;
         grew = true;
     }
-    if (grew) {
-        forgetFillBits();
-        emitTableSize();
-    }
+    if (grew) emitTableSize();
     const QByteArray bytes = encodeCell(text, encoding, codec);
-    // Bits of the cell's column follow the write.
-    if (auto bits = fill_bits.find(transposed ? row : column); bits != fill_bits.end()) {
-        const int line = transposed ? column : row;
-        if (size_t(line) / 64 >= bits->second.size()) {
-            fill_bits.erase(bits);
-        } else if (bytes.isEmpty()) {
-            bits->second[size_t(line) / 64] &= ~(uint64_t(1) << (line % 64));
-        } else {
-            bits->second[size_t(line) / 64] |= uint64_t(1) << (line % 64);
-        }
-    }
     const QByteArray old = container->data(row, column, true);
-    if (!container->setCell(row, column, bytes)) return false;
+    if (!container->setCell(row, column, bytes)) {
+        forgetFillBits();
+        return false;
+    }
+    // Bits of the cell's column follow the write. A column the write opened
+    // held nothing before it; rows it opened are past the bits, so empty.
+    if (column >= columns_before && container_kind != ReadOnlyKind) fill_bits.try_emplace(column);
+    if (auto bits = fill_bits.find(column); bits != fill_bits.end())
+        fillbits::set(bits->second, row, !bytes.isEmpty());
     return old != bytes;
 }
 
@@ -354,6 +367,10 @@ int TableData::trailingEmptyColumns(bool no_swap) const {
 }
 
 bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
+    // A sort moves every row. Permuting every column's bits would cost a
+    // scattered access per cell, while a column's bits made again on the
+    // first block move along it cost one walk down that column alone, and
+    // only for the columns the user moves in. A sort is rare next to moves.
     forgetFillBits();
     if (container_kind == ReadOnlyKind) {
         static_cast<ReadOnlyDataContainer*>(container.get())->setRowMap(indexes);
@@ -375,12 +392,20 @@ bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
 }
 
 void TableData::applyColumnOrder(std::vector<int>& indexes) {
-    forgetFillBits();
     if (container_kind == ReadOnlyKind) {
+        forgetFillBits();
         static_cast<ReadOnlyDataContainer*>(container.get())->setColumnMap(indexes);
         return;
     }
     static_cast<EditableDataContainer*>(container.get())->applyColumnPermutation(indexes);
+    // The container ignores an order that is no permutation; so do the bits.
+    const int n = int(indexes.size());
+    std::vector<bool> seen(size_t(n), false);
+    for (int p : indexes) {
+        if (p < 0 || p >= n || seen[size_t(p)]) return;
+        seen[size_t(p)] = true;
+    }
+    moveFillColumns([&](int c) { return c < n ? indexes[size_t(c)] : c; });
 }
 
 void TableData::onSortRowsEditableFinished(bool completed) {

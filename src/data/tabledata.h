@@ -2,6 +2,7 @@
 
 #include "abstractdatacontainer.h"
 #include "dialect.h"
+#include "fillbits.h"
 #include "storedcells.h"
 
 #include <QMutex>
@@ -11,6 +12,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -106,10 +108,9 @@ public:
     void setHiddenColumns(std::vector<int> columns) { hidden_columns = std::move(columns); }
     const std::vector<int>& hiddenRows() const { return hidden_rows; }
     const std::vector<int>& hiddenColumns() const { return hidden_columns; }
-    void setTransposed(bool on) {
-        transposed = on;
-        forgetFillBits();
-    }
+    // The fill bits describe stored columns, which a transposition leaves
+    // where they are.
+    void setTransposed(bool on) { transposed = on; }
     bool isTransposed() const { return transposed; }
     bool isLoading() const { return loading; }
     ContainerKind containerKind() const { return ContainerKind(container_kind); }
@@ -146,12 +147,21 @@ public slots:
 private:
     // Row and column as the container stores them.
     bool setStoredCell(int row, int column, const QString& text);
-    // Which rows of a stored column hold text, one bit a row, made on the
-    // first block move down that column and kept until the data changes, so
-    // that further moves over millions of rows read bits, not rows. Every
-    // change of cells through this class keeps them right or drops them.
-    const std::vector<uint64_t>& fillBits(int stored_column) const;
+    // Which rows of a stored column hold text, one bit a row, so that block
+    // moves over millions of rows read bits, not rows. An editable load
+    // hands over every column's bits; otherwise a column's are made on the
+    // first block move along it. Every change of cells through this class
+    // keeps them right or drops them.
+    const FillBits& fillBits(int stored_column) const;
     void forgetFillBits() const { fill_bits.clear(); }
+    // After a bulk write of the stored block: the kept bits of its columns
+    // read the cells again (a transposed table drops them instead).
+    void refreshFillBits(int first_row, int last_row, int first_col, int last_col);
+    // After a successful editable load: the bits its reader noted.
+    void takeLoadedFillBits();
+    // Stored column c's bits become those of column to(c), or go when that
+    // is negative.
+    void moveFillColumns(const std::function<int(int)>& to);
     // Line surgery on the stored axis (rows, or columns when false).
     bool insertLines(bool stored_rows, int model_pos, int count);
     bool removeLines(bool stored_rows, int model_pos, int count);
@@ -183,5 +193,5 @@ private:
     QThread worker_thread;
     std::array<TableDataWorker*, 2> workers{};
     bool sort_completed = false;
-    mutable std::unordered_map<int, std::vector<uint64_t>> fill_bits;
+    mutable std::unordered_map<int, FillBits> fill_bits;
 };

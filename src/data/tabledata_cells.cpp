@@ -101,7 +101,7 @@ bool TableData::restoreRaw(const StoredCells& cells) {
         num_raw_rows = editable->rowCount(), grew = true;
     if (changed && editable->columnCount() > num_raw_cols)
         num_raw_cols = editable->columnCount(), grew = true;
-    if (changed) forgetFillBits();
+    if (changed) refreshFillBits(first, last, cells.firstColumn(), cells.lastColumn());
     if (grew) emitTableSize();
     return changed;
 }
@@ -135,7 +135,7 @@ bool TableData::fillRaw(int r0, int r1, int c0, int c1, const QString& text) {
             }
     }
     if (!changed) return false;
-    forgetFillBits();
+    refreshFillBits(r0, r1, c0, c1);
     if (grow && (r1 >= rows || c1 >= cols)) {
         const int new_rows = std::max(rows, r1 + 1), new_cols = std::max(cols, c1 + 1);
         num_raw_rows = transposed ? new_cols : new_rows;
@@ -161,4 +161,18 @@ bool TableData::encodingKeepsText(EncodingType to) const {
                 return false;
         }
     return true;
+}
+
+void TableData::refreshFillBits(int r0, int r1, int c0, int c1) {
+    if (transposed) {
+        forgetFillBits();
+        return;
+    }
+    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+    for (int c = c0; c <= c1; ++c) {
+        const auto bits = fill_bits.find(c);
+        if (bits == fill_bits.end()) continue;
+        for (int r = r0; r <= r1; ++r)
+            fillbits::set(bits->second, r, !editable->cellView(r, c).isEmpty());
+    }
 }

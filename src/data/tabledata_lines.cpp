@@ -33,7 +33,6 @@ bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
 // works on the stored axis it stands for.
 bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
     if (count < 1 || model_pos < 0) return false;
-    forgetFillBits();
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
     const int raw = indexmapping::rawFromModel(hidden, model_pos);
@@ -41,7 +40,21 @@ bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
     if (raw >= num_raw) return true; // past the data: nothing is stored there
     const bool ok =
         stored_rows ? container->insertRows(raw, count) : container->insertColumns(raw, count);
-    if (!ok) return false;
+    if (!ok) {
+        forgetFillBits();
+        return false;
+    }
+    // The bits move with the lines: one pass over each column's words.
+    if (stored_rows) {
+        for (auto& [column, bits] : fill_bits)
+            fillbits::insert(bits, raw, count);
+    } else {
+        moveFillColumns([&](int c) { return c >= raw ? c + count : c; });
+        // New columns hold nothing: no walk is needed to know it.
+        if (container_kind != ReadOnlyKind)
+            for (int c = raw; c < raw + count; ++c)
+                fill_bits.try_emplace(c);
+    }
     num_raw += count;
     emitTableSize();
     return true;
@@ -129,7 +142,6 @@ int seekBits(const std::vector<uint64_t>& bits, int p, int step, int limit, bool
 
 bool TableData::removeLines(bool stored_rows, int model_pos, int count) {
     if (count < 1 || model_pos < 0) return false;
-    forgetFillBits();
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
     const std::vector<Run> runs = rawRuns(hidden, model_pos, count, num_raw);
@@ -137,7 +149,26 @@ bool TableData::removeLines(bool stored_rows, int model_pos, int count) {
     for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
         const bool ok = stored_rows ? container->removeRows(it->start, it->length)
                                     : container->removeColumns(it->start, it->length);
-        if (!ok) return false;
+        if (!ok) {
+            forgetFillBits();
+            return false;
+        }
+    }
+    if (stored_rows) {
+        for (auto& [column, bits] : fill_bits)
+            fillbits::remove(bits, runs);
+    } else {
+        // Runs are in order: a column keeps its bits, moved down by the
+        // columns removed before it, unless a run took it.
+        moveFillColumns([&](int c) {
+            int before = 0;
+            for (const Run& run : runs) {
+                if (c < run.start) break;
+                if (c < run.start + run.length) return -1;
+                before += run.length;
+            }
+            return c - before;
+        });
     }
     dropHiddenForRemoval(hidden, runs);
     num_raw = stored_rows ? container->rowCount() : container->columnCount();
@@ -166,11 +197,12 @@ int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
     const int limit = step > 0 ? size - 1 : INT_MAX;
     auto in_range = [&](int p) { return p >= 0 && p <= limit; };
     // The first position from p on whose fill is `want`, or the first past
-    // the range. Down a column of the editable store this is the container's
-    // own walk, which reads ahead of itself.
+    // the range. Along a stored column of the editable store (down a column,
+    // or across a row when transposed) this reads the column's fill bits.
     auto seek = [&](int p, bool want) {
-        if (vertical && !transposed && container_kind != ReadOnlyKind && in_range(p))
-            return seekBits(fillBits(raw_column), p, step, step > 0 ? limit : 0, want);
+        if (vertical != transposed && container_kind != ReadOnlyKind && in_range(p))
+            return seekBits(fillBits(vertical ? raw_column : raw_row), p, step,
+                            step > 0 ? limit : 0, want);
         while (in_range(p) && filled(p) != want)
             p += step;
         return p;

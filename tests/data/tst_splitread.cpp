@@ -158,7 +158,8 @@ private slots:
                     const bool has = !c.cellView(r, col).isEmpty();
                     filled += has;
                     if (has != (col < int(bits.size()) && fillbits::test(bits[size_t(col)], r)))
-                        QFAIL(qPrintable(QString("round %1, row %2, column %3").arg(round).arg(r).arg(col)));
+                        QFAIL(qPrintable(
+                            QString("round %1, row %2, column %3").arg(round).arg(r).arg(col)));
                 }
             QCOMPARE(noted, filled); // nothing noted past the rows
             QVERIFY(c.takeFillBits().empty());

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <numeric>
 #include <random>
 
@@ -216,6 +217,125 @@ private slots:
         QCOMPARE(t.data(0, 0).toString(), QString("r2"));
         QVERIFY(!t.setData(0, 0, "x"));
         QCOMPARE(readFile(path), QByteArray("r0\nr1\nr2\n"));
+    }
+
+    // Block moves read fill bits that the load makes and that line surgery,
+    // reorders and edits shift, move or drop. After each change every move
+    // from every cell must land where a plain walk over the cells does.
+    void blockTargetsFollowChanges() {
+        std::mt19937 rng(7);
+        for (int round = 0; round < 6; ++round) {
+            // cells[r][c] for stored row r and column c
+            std::vector<std::vector<bool>> cells(size_t(100 + rng() % 200));
+            const int cols = 2 + int(rng() % 4);
+            QByteArray csv;
+            for (auto& row : cells) {
+                for (int c = 0; c < cols; ++c) {
+                    // Columns of differing density, runs included.
+                    row.push_back(rng() % 8 < unsigned(c * 2 + 1) || (rng() % 4 && c == 0));
+                    csv += (c ? "," : "") + QByteArray(row.back() ? "x" : "");
+                }
+                csv += '\n';
+            }
+            TableData t;
+            QSignalSpy finished(&t, &TableData::loadFinishedSignal);
+            t.load(writeFile("fill.csv", csv), round % 2 == 1, false, ",", ",", Utf8, Rfc4180);
+            if (round % 2 == 1) QVERIFY(finished.wait(5000));
+            auto rows = [&] { return int(cells.size()); };
+            auto columns = [&] { return cells.empty() ? 0 : int(cells[0].size()); };
+            for (int step = 0; step < 40; ++step) {
+                const bool tr = t.isTransposed();
+                auto filled = [&](int vr, int vc) {
+                    return tr ? cells[size_t(vc)][size_t(vr)] : cells[size_t(vr)][size_t(vc)];
+                };
+                const int vrows = tr ? columns() : rows(), vcols = tr ? rows() : columns();
+                QCOMPARE(t.numRawRows(), vrows);
+                QCOMPARE(t.numRawColumns(), vcols);
+                for (int r = 0; r < vrows; ++r)
+                    for (int c = 0; c < vcols; ++c) {
+                        QCOMPARE(t.isRawCellEmpty(r, c), !filled(r, c));
+                        for (int dir = 0; dir < 4; ++dir) {
+                            const bool vertical = dir < 2;
+                            const int stride = (dir == 1 || dir == 3) ? 1 : -1;
+                            const int size = vertical ? vrows : vcols;
+                            auto at = [&](int p) { return vertical ? filled(p, c) : filled(r, p); };
+                            auto inside = [&](int p) { return p >= 0 && p < size; };
+                            int p = vertical ? r : c;
+                            if (!inside(p + stride)) {
+                                // at the edge: no move
+                            } else if (at(p) && at(p + stride)) {
+                                while (inside(p + stride) && at(p + stride))
+                                    p += stride;
+                            } else {
+                                p += stride;
+                                while (inside(p) && !at(p))
+                                    p += stride;
+                                p = std::clamp(p, 0, size - 1);
+                            }
+                            const int got = std::clamp(t.blockTarget(r, c, dir), 0, size - 1);
+                            if (got != p)
+                                QFAIL(qPrintable(QString::asprintf(
+                                    "round %d step %d: (%d,%d) dir %d: %d, want %d", round, step, r,
+                                    c, dir, got, p)));
+                        }
+                    }
+                // One change, made through the view's axes, mirrored on the cells.
+                const int op = int(rng() % 8);
+                const int vr = int(rng() % unsigned(vrows + 1)),
+                          vc = int(rng() % unsigned(vcols + 1));
+                const int count = 1 + int(rng() % 70);
+                const int sr = tr ? vc : vr, sc = tr ? vr : vc;  // stored position
+                const bool on_rows = (op == 1 || op == 2) != tr; // stored axis of a line op
+                if (op == 0 || op == 7) {
+                    const bool text = rng() % 2;
+                    t.setData(vr, vc, text ? "y" : "");
+                    if (text && sr == rows()) cells.emplace_back(size_t(columns()), false);
+                    if (text && sc == columns())
+                        for (auto& row : cells)
+                            row.push_back(false);
+                    if (sr < rows() && sc < columns()) cells[size_t(sr)][size_t(sc)] = text;
+                } else if (op == 1 || op == 3) {
+                    (op == 1 ? t.insertRows(vr, count) : t.insertColumns(vc, count));
+                    const int at = on_rows ? sr : sc;
+                    if (on_rows && at < rows())
+                        cells.insert(cells.begin() + at, size_t(count),
+                                     std::vector<bool>(size_t(columns()), false));
+                    if (!on_rows && at < columns())
+                        for (auto& row : cells)
+                            row.insert(row.begin() + at, size_t(count), false);
+                } else if (op == 2 || op == 4) {
+                    (op == 2 ? t.removeRows(vr, count) : t.removeColumns(vc, count));
+                    const int at = on_rows ? sr : sc;
+                    const int end = std::min(at + count, on_rows ? rows() : columns());
+                    if (on_rows && at < rows())
+                        cells.erase(cells.begin() + at, cells.begin() + end);
+                    if (!on_rows && at < columns())
+                        for (auto& row : cells)
+                            row.erase(row.begin() + at, row.begin() + end);
+                } else if (op == 5) {
+                    std::vector<int> order(cells.size());
+                    std::iota(order.begin(), order.end(), 0);
+                    std::shuffle(order.begin(), order.end(), rng);
+                    auto moved = cells;
+                    for (int i = 0; i < rows(); ++i)
+                        moved[size_t(order[size_t(i)])] = cells[size_t(i)];
+                    QVERIFY(t.applyRowOrder(order, false));
+                    cells.swap(moved);
+                    std::vector<int> column_order(cells[0].size());
+                    std::iota(column_order.begin(), column_order.end(), 0);
+                    std::shuffle(column_order.begin(), column_order.end(), rng);
+                    for (auto& row : cells) {
+                        auto was = row;
+                        for (int c = 0; c < columns(); ++c)
+                            row[size_t(column_order[size_t(c)])] = was[size_t(c)];
+                    }
+                    t.applyColumnOrder(column_order);
+                } else {
+                    t.setTransposed(!tr);
+                }
+                if (rows() == 0 || columns() == 0) break;
+            }
+        }
     }
 
     void failedAsynchronousLoadIsReported() {
