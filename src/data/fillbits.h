@@ -28,6 +28,26 @@ inline void set(FillBits& bits, qint64 row, bool filled) {
     bits[word] = filled ? bits[word] | bit : bits[word] & ~bit;
 }
 
+// Rows [first, last] all filled or all empty.
+inline void setRange(FillBits& bits, qint64 first, qint64 last, bool filled) {
+    if (last < first) return;
+    if (size_t(last >> 6) >= bits.size()) {
+        if (!filled)
+            last = qint64(bits.size()) * 64 - 1;
+        else
+            bits.resize(size_t(last >> 6) + 1, 0);
+    }
+    for (qint64 r = first; r <= last;) {
+        const size_t w = size_t(r >> 6);
+        const int lo = int(r & 63);
+        const int hi = int(std::min<qint64>(63, last - (qint64(w) << 6)));
+        const uint64_t mask =
+            (hi == 63 ? ~uint64_t(0) : ((uint64_t(1) << (hi + 1)) - 1)) & (~uint64_t(0) << lo);
+        bits[w] = filled ? bits[w] | mask : bits[w] & ~mask;
+        r = (qint64(w) + 1) << 6;
+    }
+}
+
 // Bits [from, from + count) of `src`, 64 at a time.
 inline uint64_t word(const FillBits& src, qint64 from) {
     const size_t w = size_t(from >> 6);

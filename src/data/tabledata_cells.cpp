@@ -135,7 +135,15 @@ bool TableData::fillRaw(int r0, int r1, int c0, int c1, const QString& text) {
             }
     }
     if (!changed) return false;
-    refreshFillBits(r0, r1, c0, c1);
+    if (transposed) {
+        forgetFillBits();
+    } else {
+        // Every cell of the block now holds the text or nothing: the bits
+        // follow a word at a time.
+        for (int c = c0; c <= c1; ++c)
+            if (const auto bits = fill_bits.find(c); bits != fill_bits.end())
+                fillbits::setRange(bits->second, r0, r1, !bytes.isEmpty());
+    }
     if (grow && (r1 >= rows || c1 >= cols)) {
         const int new_rows = std::max(rows, r1 + 1), new_cols = std::max(cols, c1 + 1);
         num_raw_rows = transposed ? new_cols : new_rows;

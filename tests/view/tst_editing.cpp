@@ -136,6 +136,22 @@ private slots:
         QCOMPARE(data.numRawColumns(), 2);
     }
 
+    // Block moves read kept bits of each column's fill; a typed column and
+    // its undo must leave them true to the cells.
+    void blockMovesSeeEditsAndUndo() {
+        auto view = makeView("a,1\n,2\n,3\n,4\nb,5\n,6\n");
+        QVERIFY(view);
+        TableModel& m = *view->model();
+        QCOMPARE(m.blockTarget(0, 0, Down).first, 4); // builds the bits
+        m.setSelection({mainColumn(0)}, true);
+        QTest::keyClick(view.get(), 'x');
+        QTest::keyClick(view->focusWidget(), Qt::Key_Escape);
+        QCOMPARE(m.blockTarget(0, 0, Down).first, 5);
+        view->commandUndo();
+        QCOMPARE(m.blockTarget(0, 0, Down).first, 4);
+        QCOMPARE(m.blockTarget(4, 0, Down).first, 5);
+    }
+
     void readOnlyOpensNoEditor() {
         auto view = makeView("a,b\n", true);
         QVERIFY(view);
