@@ -253,7 +253,9 @@ QVariant TableData::data(int model_row, int model_column) const {
 }
 
 QVariant TableData::rawData(int raw_row, int raw_column) const {
-    if (!container) return {};
+    // The loader owns the store until it is done; a grid that already has
+    // rows for it reads nothing meanwhile.
+    if (!container || loading) return {};
     if (transposed) std::swap(raw_row, raw_column);
     if (container_kind != ReadOnlyKind) {
         const auto* editable = static_cast<const EditableDataContainer*>(container.get());

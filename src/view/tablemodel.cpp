@@ -25,6 +25,8 @@ TableModel::TableModel(bool read_only_flag, QObject* parent)
             &TableModel::loadProgressUpdateSignal);
     connect(&table_data, &TableData::tableSizeChangedSignal, this,
             &TableModel::tableSizeChangedSignal);
+    connect(&table_data, &TableData::loadProgressUpdateSignal, this,
+            [this](int curr, int total, int) { growDuringLoad(curr, total); });
     connect(&table_data, &TableData::loadFinishedSignal, this, &TableModel::onLoadFinished);
     connect(&table_data, &TableData::loadFailedSignal, this, &TableModel::loadFailedSignal);
     connect(&table_data, &TableData::saveStartedSignal, this, &TableModel::onSaveStarted);
@@ -296,7 +298,7 @@ bool TableModel::removeColumns(int col, int count, const QModelIndex& parent) {
 
 // ---- Size ----
 
-void TableModel::enforceTableSize() {
+void TableModel::enforceTableSize(bool in_steps) {
     int max_sel_row = 0, max_sel_col = 0;
     for (const Range& r : selection) {
         if (r.kind == Range::Cell || r.kind == Range::Row)
@@ -319,8 +321,26 @@ void TableModel::enforceTableSize() {
         rows = std::max({buffer_rows + visible_rows, min_rows, wanted_rows_sel});
         cols = std::max({buffer_cols + visible_cols, min_cols, wanted_cols_sel});
     }
-    const int drow = rows - num_model_rows, dcol = cols - num_model_cols;
+    int drow = rows - num_model_rows;
+    const int dcol = cols - num_model_cols;
     if (drow == 0 && dcol == 0) return;
+    // The grid's row labels cost time in proportion to the rows added at
+    // once: millions at the end of a load would hold the window for most of
+    // a tenth of a second. They go in steps, one per turn of the event loop,
+    // so that the first screen paints after the first step.
+    if (in_steps && drow > kRowGrowthStep) {
+        drow = kRowGrowthStep;
+        if (!growth_pending) {
+            growth_pending = true;
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    growth_pending = false;
+                    enforceTableSize(true);
+                },
+                Qt::QueuedConnection);
+        }
+    }
     emit layoutAboutToBeChanged();
     size_only = true;
     const bool layout_was_suppressed = suppress_layout_signals;
@@ -406,8 +426,36 @@ void TableModel::load(const QString& filepath, bool asynchronous) {
     table_data.setLineEnding(line_ending);
     table_data.setExtension(extension_);
     table_data.setSaveTrailingDelimiters(save_trailing_delimiters);
+    load_row_estimate = asynchronous && !read_only ? estimateRowCount(filepath) : 0;
     table_data.load(filepath, asynchronous, read_only, delimiter_open, delimiter_save, encoding_,
                     parsing_standard);
+}
+
+qint64 TableModel::estimateRowCount(const QString& filepath) {
+    QFile f(filepath);
+    if (!f.open(QIODevice::ReadOnly)) return 0;
+    const qint64 size = f.size();
+    const QByteArray head = f.read(256 * 1024);
+    const qint64 lines = head.count('\n');
+    if (lines < 16 || head.isEmpty()) return 0;
+    return qint64(double(size) * double(lines) / double(head.size()));
+}
+
+void TableModel::growDuringLoad(int curr_num_reports, int num_total_reports) {
+    // The rows the load has probably read so far join the grid while it is
+    // hidden, a little at each report, so that the end of the load has few
+    // row labels left to add. Short of the estimate on purpose: rows the
+    // data does not fill are taken back at the end.
+    if (load_row_estimate <= 0 || num_total_reports <= 0 || !table_data.isLoading()) return;
+    const qint64 target = load_row_estimate * 9 / 10 * curr_num_reports / num_total_reports;
+    const qint64 add = std::min<qint64>(target - num_model_rows, kRowGrowthStep);
+    if (add < 1024) return;
+    size_only = true;
+    const bool layout_was_suppressed = suppress_layout_signals;
+    suppress_layout_signals = true;
+    insertRows(num_model_rows, int(add));
+    suppress_layout_signals = layout_was_suppressed;
+    size_only = false;
 }
 
 void TableModel::onLoadFinished() {
@@ -417,7 +465,7 @@ void TableModel::onLoadFinished() {
 void TableModel::refreshAll() {
     last_data_row = table_data.numModelRows() - 1;
     last_data_col = table_data.numModelColumns() - 1;
-    enforceTableSize();
+    enforceTableSize(true);
     if (last_data_row >= 0 && last_data_col >= 0)
         emit dataChanged(index(0, 0), index(last_data_row, last_data_col), {});
     if (main_cell.row < 0 || main_cell.col < 0) {

@@ -75,8 +75,11 @@ public:
     const TableData& tableData() const { return table_data; }
     QFile& file() { return file_; }
 
-    // The growth rule behind the virtual rows and columns.
-    void enforceTableSize();
+    // The growth rule behind the virtual rows and columns. With `in_steps`
+    // (the end of a load) more than kRowGrowthStep rows are added a step at
+    // a time, the rest following on the next turns of the event loop.
+    void enforceTableSize(bool in_steps = false);
+    static constexpr int kRowGrowthStep = 262144;
     // After a removal: pulls selection members back inside the table.
     void clampSelectionToRows();
     void clampSelectionToColumns();
@@ -357,6 +360,8 @@ private:
     int moveAlong(int model_row, int model_col, int code, bool vertical) const;
     void clampSelectionTo(bool rows);
     void refreshThemeCaches();
+    static qint64 estimateRowCount(const QString& filepath);
+    void growDuringLoad(int curr_num_reports, int num_total_reports);
 
     TableData table_data;
     int num_model_rows = 0;
@@ -428,5 +433,7 @@ private:
     QThread worker_thread;
     TableModelWorker* worker = nullptr;
     bool job_completed = false;
+    bool growth_pending = false;
+    qint64 load_row_estimate = 0;
     mutable qint64 display_reads = 0;
 };

@@ -274,6 +274,23 @@ private slots:
         QCOMPARE(marked, 1);
     }
 
+    // A threaded load of many rows: the grid's rows arrive during the load
+    // and in steps after it, and end exactly at the data plus its buffer.
+    void rowsOfAThreadedLoadArriveInSteps() {
+        QByteArray bytes;
+        const int rows = TableModel::kRowGrowthStep * 2 + 1000;
+        bytes.reserve(rows * 4);
+        for (int r = 0; r < rows; ++r)
+            bytes += QByteArray::number(r % 100) + '\n';
+        TableModel m;
+        QSignalSpy finished(&m, &TableModel::loadFinishedSignal);
+        m.load(writeFile(bytes), true);
+        QVERIFY(finished.wait(20000));
+        QVERIFY(m.rowCount() < rows); // the rest follows on the next turns
+        QTRY_COMPARE(m.rowCount(), rows + m.bufferRows());
+        QCOMPARE(m.data(m.index(rows - 1, 0)).toString(), QString::number((rows - 1) % 100));
+    }
+
     void wholeColumnOfMillionsIsOneRange() {
         TableModel m;
         m.setMinRows(5'000'000);
