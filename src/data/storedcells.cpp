@@ -17,15 +17,25 @@ void StoredCells::append(QByteArrayView bytes, bool quoted) {
     packed.append(bytes.data(), bytes.size());
 }
 
-QByteArrayView StoredCells::Reader::next(bool* quoted) {
+namespace {
+
+// A cell's head: its length shifted left by one, the quote mark below.
+quint64 readHead(const char*& p, const char* end) {
     quint64 v = 0;
     int shift = 0;
     while (p < end) {
         const auto b = quint8(*p++);
-        v |= quint64(b & 0x7f) << shift;
+        if (shift < 64) v |= quint64(b & 0x7f) << shift;
         if (!(b & 0x80)) break;
         shift += 7;
     }
+    return v;
+}
+
+} // namespace
+
+QByteArrayView StoredCells::Reader::next(bool* quoted) {
+    const quint64 v = readHead(p, end);
     if (quoted) *quoted = v & 1;
     const qsizetype n = std::min<qsizetype>(qsizetype(v >> 1), end - p);
     const QByteArrayView cell(p, n);
@@ -35,14 +45,7 @@ QByteArrayView StoredCells::Reader::next(bool* quoted) {
 
 void StoredCells::Reader::skip(qint64 n) {
     for (; n > 0 && p < end; --n) {
-        quint64 v = 0;
-        int shift = 0;
-        while (p < end) {
-            const auto b = quint8(*p++);
-            v |= quint64(b & 0x7f) << shift;
-            if (!(b & 0x80)) break;
-            shift += 7;
-        }
+        const quint64 v = readHead(p, end);
         p += std::min<qsizetype>(qsizetype(v >> 1), end - p);
     }
 }
