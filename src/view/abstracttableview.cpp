@@ -1,5 +1,7 @@
 #include "abstracttableview.h"
 
+#include "edit/celltransforms.h"
+
 #include "view/tablemodel.h"
 
 #include <QKeyEvent>
@@ -216,6 +218,10 @@ bool AbstractTableView::event(QEvent* e) {
 
 void AbstractTableView::keyPressEvent(QKeyEvent* e) {
     if (!table_model) return QTableView::keyPressEvent(e);
+    if (filling) {
+        fillKey(e);
+        return;
+    }
     if (table_model->hasPendingRectangle() || model_busy) return;
     const int key = e->key();
     const Qt::KeyboardModifiers mods = e->modifiers();
@@ -290,11 +296,23 @@ bool AbstractTableView::handleNavigationKey(QKeyEvent*) {
 
 void AbstractTableView::mousePressEvent(QMouseEvent* e) {
     pressed_event.reset(e->clone());
-    if (!table_model || e->button() != Qt::LeftButton) {
-        // The middle-button fill commits through an undo step, which the
-        // grid gains with editing; until then a middle press does nothing.
+    if (table_model && e->button() == Qt::MiddleButton && e->modifiers() == Qt::NoModifier &&
+        !table_model->isReadOnly() && !(context & CellEditing)) {
+        const auto [row, col] = cellAt(e->position().toPoint());
+        fill_start = fill_end = Range(row, col, Range::Model);
+        fill_value = table_model->data(table_model->index(row, col)).toString();
+        table_model->setMainCell(fill_start);
+        fill_direction = 3;
+        fill_step = 0;
+        fill_text.clear();
+        held_keys.clear();
+        last_fill_key = QChar();
+        fill_records.clear();
+        filling = true;
+        refreshView();
         return;
     }
+    if (!table_model || e->button() != Qt::LeftButton) return;
     setFocus(Qt::MouseFocusReason);
     const auto [row, col] = cellAt(e->position().toPoint());
     Range cell(row, col, Range::Model);
@@ -326,6 +344,25 @@ void AbstractTableView::mousePressEvent(QMouseEvent* e) {
 }
 
 void AbstractTableView::mouseMoveEvent(QMouseEvent* e) {
+    if (filling && (e->buttons() & Qt::MiddleButton)) {
+        auto [row, col] = cellAt(e->position().toPoint());
+        row = std::max(row, 0);
+        col = std::max(col, 0);
+        if (row == fill_end.row && col == fill_end.col) return;
+        // The axis locks on the first move off the start cell.
+        if (fill_direction == 3) {
+            if (col == fill_start.col && row != fill_start.row)
+                fill_direction = 0;
+            else if (row == fill_start.row && col != fill_start.col)
+                fill_direction = 1;
+            else
+                return;
+        }
+        fill_end = fill_direction == 0 ? Range(row, fill_start.col, Range::Model)
+                                       : Range(fill_start.row, col, Range::Model);
+        recomputeFill();
+        return;
+    }
     if (!table_model || !mouse_selecting || !(e->buttons() & Qt::LeftButton)) return;
     auto [row, col] = cellAt(e->position().toPoint());
     if (row < 0 && col >= 0) row = 0;
@@ -339,6 +376,20 @@ void AbstractTableView::mouseMoveEvent(QMouseEvent* e) {
 }
 
 void AbstractTableView::mouseReleaseEvent(QMouseEvent* e) {
+    if (filling && e->button() == Qt::MiddleButton) {
+        filling = false;
+        // The cells go back as they were; the undo step writes the fill.
+        RangeVector records = std::move(fill_records);
+        table_model->writeRanges(records, true);
+        fill_records.clear();
+        for (Range& r : records)
+            r.old_value = QVariant();
+        if (!records.empty()) emit dataChangedSignal(records);
+        fill_direction = 3;
+        fill_step = 0;
+        refreshView();
+        return;
+    }
     if (!table_model || e->button() != Qt::LeftButton || !mouse_selecting) return;
     mouse_selecting = false;
     table_model->commitPendingRectangle(ctrl_selecting);
@@ -402,4 +453,76 @@ void AbstractTableView::paintEvent(QPaintEvent* e) {
         const int y1 = rowViewportPosition(r1) + rowHeight(r1);
         painter.drawRect(QRect(QPoint(x0, y0), QPoint(x1, y1)));
     }
+}
+
+// ---- Middle-button fill ----
+
+void AbstractTableView::restoreFill() {
+    if (!fill_records.empty()) table_model->writeRanges(fill_records, true);
+    fill_records.clear();
+}
+
+void AbstractTableView::recomputeFill() {
+    restoreFill();
+    const int n =
+        fill_direction == 0 ? fill_end.row - fill_start.row : fill_end.col - fill_start.col;
+    const int dir = n < 0 ? -1 : 1;
+    QStringList stepped;
+    if (fill_step != 0 && fill_text.isEmpty()) {
+        // The stepper reads numbers; any other text fills as it is.
+        stepped =
+            parseSeries(QStringLiteral("%1 %2").arg(fill_value).arg(fill_step), std::abs(n) + 1);
+        bool number = false;
+        fill_value.toDouble(&number);
+        if (!number) stepped.clear();
+    }
+    for (int k = 1; k <= std::abs(n); ++k) {
+        Range cell = fill_direction == 0
+                         ? Range(fill_start.row + dir * k, fill_start.col, Range::Model)
+                         : Range(fill_start.row, fill_start.col + dir * k, Range::Model);
+        cell.value = !fill_text.isEmpty() ? fill_text
+                     : k < stepped.size() ? stepped[k]
+                                          : fill_value;
+        fill_records.push_back(std::move(cell));
+    }
+    table_model->captureRanges(fill_records, false, true);
+    table_model->writeRanges(fill_records, false);
+    table_model->enforceTableSize();
+    refreshView();
+}
+
+bool AbstractTableView::fillKey(QKeyEvent* e) {
+    const QString t = e->text();
+    if (t.isEmpty()) return false;
+    const QChar ch = t.front();
+    const bool fresh = !e->isAutoRepeat();
+    if (fresh && ch == last_fill_key && (ch.isDigit() || ch == u'-' || ch == u'+')) {
+        // The same key a second time types its text over every cell.
+        fill_text = QString(ch);
+        fill_step = 0;
+    } else if (ch == u'+' || ch == u'=') {
+        fill_step = 1;
+        fill_text.clear();
+    } else if (ch == u'-') {
+        fill_step = -1;
+        fill_text.clear();
+    } else if (ch.isDigit()) {
+        const int d = ch.digitValue() == 0 ? 10 : ch.digitValue();
+        fill_step = held_keys.contains(u'-') ? -d : d;
+        fill_text.clear();
+    } else {
+        fill_step = 0;
+        fill_text.clear();
+    }
+    if (fresh) {
+        last_fill_key = ch;
+        if (!held_keys.contains(ch)) held_keys += ch;
+    }
+    if (fill_direction != 3) recomputeFill();
+    return true;
+}
+
+void AbstractTableView::keyReleaseEvent(QKeyEvent* e) {
+    if (filling && !e->isAutoRepeat() && !e->text().isEmpty()) held_keys.remove(e->text().front());
+    QTableView::keyReleaseEvent(e);
 }

@@ -89,6 +89,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* e) override;
     void mouseMoveEvent(QMouseEvent* e) override;
     void keyPressEvent(QKeyEvent* e) override;
+    void keyReleaseEvent(QKeyEvent* e) override;
     void paintEvent(QPaintEvent* e) override;
 
     // The navigation keys of the command table's defaults, for a grid that
@@ -106,4 +107,22 @@ protected:
     QColor highlighted_line_color = Qt::red;
     QColor cell_border_color = Qt::red;
     QColor grid_color = Qt::gray;
+
+private:
+    // The middle-button fill: the start cell's text (or the next ones by a
+    // step) drawn along a row or column while the button is held, written
+    // live and made one undo step on release.
+    void recomputeFill();
+    void restoreFill();
+    bool fillKey(QKeyEvent* e);
+    bool filling = false;
+    Range fill_start;
+    Range fill_end;
+    QString fill_value;
+    int fill_direction = 3; // 0 down the column, 1 along the row, 3 not yet
+    int fill_step = 0;
+    QString fill_text; // a value typed over the fill
+    QString held_keys;
+    QChar last_fill_key;
+    RangeVector fill_records;
 };

@@ -13,6 +13,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
@@ -150,6 +151,39 @@ private slots:
         view->commandUndo();
         QCOMPARE(m.blockTarget(0, 0, Down).first, 4);
         QCOMPARE(m.blockTarget(4, 0, Down).first, 5);
+    }
+
+    // The middle button drags the start cell's text down a column, live,
+    // and the release makes one undo step; "+" steps a number as it goes.
+    void middleButtonFill_data() {
+        QTest::addColumn<QString>("key"); // pressed while dragging, or empty
+        QTest::addColumn<QString>("cells");
+        QTest::newRow("copies") << "" << "7 7 7";
+        QTest::newRow("steps up") << "+" << "8 9 10";
+        QTest::newRow("steps by 2") << "2" << "9 11 13";
+    }
+    void middleButtonFill() {
+        QFETCH(QString, key);
+        QFETCH(QString, cells);
+        auto view = makeView("7,a\n,b\n,c\n,d\n");
+        QVERIFY(view);
+        QWidget* port = view->viewport();
+        auto at = [&](int r) { return view->visualRect(view->model()->index(r, 0)).center(); };
+        QTest::mousePress(port, Qt::MiddleButton, Qt::NoModifier, at(0));
+        QMouseEvent move(QEvent::MouseMove, QPointF(at(3)), port->mapToGlobal(QPointF(at(3))),
+                         Qt::NoButton, Qt::MiddleButton, Qt::NoModifier);
+        QApplication::sendEvent(port, &move);
+        if (!key.isEmpty()) QTest::keyClick(view.get(), key[0].toLatin1());
+        QStringList live;
+        for (int r = 1; r <= 3; ++r)
+            live << cell(*view, r, 0);
+        QCOMPARE(live.join(' '), cells);
+        QTest::mouseRelease(port, Qt::MiddleButton, Qt::NoModifier, at(3));
+        QCOMPARE(view->undoStack()->count(), 1);
+        view->commandUndo();
+        QCOMPARE(cell(*view, 2, 0), QString());
+        view->commandRedo();
+        QCOMPARE(cell(*view, 3, 0), cells.split(' ').last());
     }
 
     void readOnlyOpensNoEditor() {
