@@ -1,4 +1,4 @@
-#include "commands/fuzzymatch.h"
+#include "commands/matching/fuzzymatch.h"
 
 #include <QTest>
 
