@@ -186,6 +186,21 @@ private slots:
         QCOMPARE(cell(*view, 3, 0), cells.split(' ').last());
     }
 
+    // "Save After Each Edit": every redo and every undo writes the file.
+    void saveAfterEachEdit() {
+        auto view = makeView("a,b\n");
+        QVERIFY(view);
+        const QString path = view->model()->tableData().filepath();
+        view->model()->setSaveAfterEachEdit(true);
+        QTest::keyClick(view.get(), 'z');
+        QTest::keyClick(view->focusWidget(), Qt::Key_Escape);
+        QCOMPARE(readFile(path), QByteArray("z,b\n"));
+        view->commandUndo();
+        QCOMPARE(readFile(path), QByteArray("a,b\n"));
+        view->commandRedo();
+        QCOMPARE(readFile(path), QByteArray("z,b\n"));
+    }
+
     void readOnlyOpensNoEditor() {
         auto view = makeView("a,b\n", true);
         QVERIFY(view);
