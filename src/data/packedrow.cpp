@@ -201,7 +201,20 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
     };
     put(block_ + 1 + w, new_total);
     uint8_t* ends = data + new_total;
-    for (size_t j = size_t(i); j < count; ++j)
+    size_t j = size_t(i);
+    if (w == 1) {
+        // Eight one-byte ends at a time: every end from i on moves by d and
+        // stays within a byte (the new total fits), so no byte carries into
+        // its neighbour.
+        const uint64_t lanes = uint64_t(d < 0 ? -d : d) * 0x0101010101010101ULL;
+        for (; j + 8 <= count; j += 8) {
+            uint64_t v;
+            std::memcpy(&v, ends + j, 8);
+            v = d < 0 ? v - lanes : v + lanes;
+            std::memcpy(ends + j, &v, 8);
+        }
+    }
+    for (; j < count; ++j)
         put(ends + j * w, uint64_t(qsizetype(get(ends + j * w)) + d));
     clearMark(i);
     return true;

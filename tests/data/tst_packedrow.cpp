@@ -124,6 +124,31 @@ private slots:
     // A line's fields made into a row in one go (the loader's path) give the
     // very block that appending them one by one gives, marks, widths and
     // the trimming of empty fields at the end included.
+    // A cell rewritten in its block, longer or shorter, leaves the row as a
+    // row built afresh with the new cell would be; marks of other cells stay.
+    void replaceCellMatchesRebuilding() {
+        QRandomGenerator rng(47);
+        for (int round = 0; round < 3000; ++round) {
+            const int n = 1 + int(rng.bounded(round % 5 == 0 ? 40 : 12));
+            std::vector<QByteArray> cells;
+            PackedRowBuilder b;
+            for (int k = 0; k < n; ++k) {
+                cells.emplace_back(int(rng.bounded(round % 9 == 0 ? 90 : 12)), char('a' + k % 26));
+                b.append(cells.back());
+                if (rng.bounded(4) == 0) b.mark(k);
+            }
+            PackedRow row = b.build();
+            const int i = int(rng.bounded(n));
+            const QByteArray now(int(rng.bounded(round % 9 == 0 ? 120 : 16)), 'Q');
+            if (!row.replaceCell(i, now)) continue; // offsets would widen
+            cells[size_t(i)] = now;
+            QCOMPARE(row.size(), n);
+            QVERIFY(!row.isQuoted(i));
+            for (int k = 0; k < n; ++k)
+                QCOMPARE(row.cell(k).toByteArray(), cells[size_t(k)]);
+        }
+    }
+
     void wholeLineMatchesAppending() {
         QRandomGenerator rng(31);
         for (int round = 0; round < 2000; ++round) {
