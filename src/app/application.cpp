@@ -41,6 +41,7 @@ QString Application::localFolder() {
 
 void Application::createMainWindow(bool setup_default_geometry) {
     auto* window = new MainWindow;
+    window->usePreferenceFolder(localFolder());
     auto* frame = new MainWindowWrapper(window, window->titleBar(), window->titleLabel());
     connect(window, &MainWindow::minimizeButtonClickedSignal, frame,
             &MainWindowWrapper::onMinimizeButtonClicked);

@@ -8,6 +8,8 @@
 #include "app/titlebarbutton.h"
 #include "commands/commandtable.h"
 #include "commands/contextrules.h"
+#include "commands/preferencefiles.h"
+#include "commands/settings.h"
 #include "data/fileparameters.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
@@ -29,6 +31,7 @@ MainWindow::MainWindow(QWidget* parent) : QWidget(parent) {
     buildLayout();
     // Every command is a row of one table: its menu entry, its shortcut and
     // its slot here. Rows whose feature is not built stay disabled.
+    settings = std::make_unique<Settings>();
     command_table = std::make_unique<CommandTable>(this);
     command_table->buildMenus(menu_bar);
     command_table->setContext(context);
@@ -249,6 +252,7 @@ void MainWindow::updateTab(TableView* view) {
 
 void MainWindow::connectView(TableView* view) {
     view->setTheme(theme);
+    applySettingsTo(view);
     connect(view, &TableView::saveStartedSignal, this, &MainWindow::onSaveStarted);
     connect(view, &TableView::saveFinishedSignal, this, &MainWindow::onSaveFinished);
     connect(view->model(), &TableModel::loadFailedSignal, this, [this, view] {

@@ -16,6 +16,8 @@
 
 class FileMetadataWidget;
 class CommandTable;
+class PreferenceFiles;
+class Settings;
 class PaneView;
 class QMenuBar;
 class QLabel;
@@ -88,6 +90,11 @@ public:
     void setPathChooser(PathChooser chooser) { choose_path = std::move(chooser); }
 
     void applyTheme(const Theme& theme);
+    // The user's preference files live in `folder` (the per-user folder in
+    // the program, a temporary one in tests); their settings apply at once
+    // and again whenever another program changes them.
+    void usePreferenceFolder(const QString& folder);
+    const Settings& currentSettings() const { return *settings; }
 
 signals:
     void minimizeButtonClickedSignal();
@@ -180,6 +187,8 @@ protected:
 
 private:
     void buildLayout();
+    void applySettings();
+    void applySettingsTo(TableView* view);
     void connectView(TableView* view);
     void removeView(TableView* view);
     void updateTitle();
@@ -200,6 +209,8 @@ private:
     QWidget* title_bar = nullptr;
     QMenuBar* menu_bar = nullptr;
     std::unique_ptr<CommandTable> command_table;
+    std::unique_ptr<Settings> settings;
+    std::unique_ptr<PreferenceFiles> preference_files;
     QLabel* title_label = nullptr;
     TitleBarButton* minimize_button = nullptr;
     TitleBarButton* maximize_button = nullptr;

@@ -76,6 +76,30 @@ class TestMainWindow : public QObject {
     }
 
 private slots:
+    // A setting changed in the user's file by another program reaches the
+    // open tables through the watcher; a bad value falls back to its default.
+    void settingsFileReachesOpenTables() {
+        QTemporaryDir prefs;
+        MainWindow w;
+        w.usePreferenceFolder(prefs.path());
+        QVERIFY(w.openFile(write("prefs.csv", "a,b\n1,2\n")));
+        TableModel* m = w.currentView()->model();
+        QCOMPARE(m->numHeaderRows(), 1);
+        const QString file = QDir(prefs.path()).filePath(QStringLiteral("Settings (User).csv"));
+        auto setTo = [&](const QString& value) {
+            QProcess::execute(
+                QStringLiteral("sed"),
+                {QStringLiteral("-i"),
+                 QStringLiteral("s/^\\(Number of Header Rows,Table,[^,]*,1,\\).*$/\\1%1/")
+                     .arg(value),
+                 file});
+        };
+        setTo(QStringLiteral("3"));
+        QTRY_COMPARE(m->numHeaderRows(), 3);
+        setTo(QStringLiteral("many"));
+        QTRY_COMPARE(m->numHeaderRows(), 1);
+    }
+
     void init() {
         asked.clear();
         MsgBox::setAutoAnswer({});

@@ -1,0 +1,91 @@
+// The window's settings: read from the user's files at start and again when
+// another program changes them, and carried into every table.
+
+#include "app/paneview.h"
+#include "app/sidebar.h"
+#include "app/tabbar.h"
+#include "commands/commandtable.h"
+#include "commands/preferencefiles.h"
+#include "commands/settings.h"
+#include "mainwindow.h"
+#include "view/tablemodel.h"
+#include "view/tableview.h"
+
+#include <QHeaderView>
+#include <QMenuBar>
+
+void MainWindow::usePreferenceFolder(const QString& folder) {
+    preference_files = std::make_unique<PreferenceFiles>(folder);
+    preference_files->checkFiles();
+    preference_files->readSettings(*settings);
+    if (preference_files->applyUserShortcuts(*command_table)) {
+        command_table->buildMenus(menu_bar);
+        command_table->setContext(context);
+    }
+    preference_files->startWatching();
+    connect(preference_files.get(), &PreferenceFiles::settingsFileChangedSignal, this, [this] {
+        if (preference_files->readSettings(*settings)) applySettings();
+    });
+    connect(preference_files.get(), &PreferenceFiles::shortcutsFileChangedSignal, this, [this] {
+        if (!preference_files->applyUserShortcuts(*command_table)) return;
+        command_table->buildMenus(menu_bar);
+        command_table->setContext(context);
+    });
+    applySettings();
+}
+
+void MainWindow::applySettings() {
+    using namespace SettingId;
+    const Settings& s = *settings;
+    read_only_query_mb = s.integer(MinFileSizeReadOnlyQueryMb);
+    refresh_behavior = s.refreshBehavior(ChangedExternally);
+    retain_sort_and_filters = s.boolean(RetainSortAndFilters);
+    tab_bar->setVisible(s.boolean(ShowTabBar));
+    side_bar->setVisible(s.boolean(ShowSideBar));
+    pane_view->setLetEditorPaneConsumeNavigationKeys(s.boolean(EditorPaneConsumesNavigation));
+    pane_view->showEditorPane(s.boolean(ShowEditorPane), false);
+    const ::Theme chosen = s.theme();
+    if (chosen.name != theme.name) applyTheme(chosen);
+    for (TableView* v : table_views)
+        applySettingsTo(v);
+}
+
+void MainWindow::applySettingsTo(TableView* view) {
+    if (!settings) return;
+    using namespace SettingId;
+    const Settings& s = *settings;
+    TableModel& m = *view->model();
+    m.setCaseSensitiveSorting(s.boolean(CaseSensitiveSorting));
+    m.setFirstRowIndex(s.integer(FirstRowIndex));
+    m.setFirstColIndex(s.integer(FirstColumnIndex));
+    m.setHighlightHeaderRows(s.boolean(HighlightHeaderRows));
+    m.setHighlightHeaderCols(s.boolean(HighlightHeaderColumns));
+    m.setHighlightMainRow(s.boolean(HighlightMainRow));
+    m.setHighlightMainCol(s.boolean(HighlightMainColumn));
+    m.setNumHeaderRows(s.integer(HeaderRows));
+    m.setNumHeaderCols(s.integer(HeaderColumns));
+    m.setColumnsAsLetters(s.boolean(ColumnsAsLetters));
+    m.setSaveAfterEachEdit(s.boolean(SaveAfterEachEdit));
+    m.setSaveTrailingDelimiters(s.boolean(SaveTrailingDelimiters));
+    m.setShadeRows(s.boolean(ShadeRows));
+    m.setShadeCols(s.boolean(ShadeColumns));
+    m.setFontFamily(s.font().family());
+    if (!m.isReadOnly()) {
+        m.setMinRows(s.integer(MinTableRows));
+        m.setMinCols(s.integer(MinTableColumns));
+        m.setBufferRows(s.integer(BufferRows));
+        m.setBufferCols(s.integer(BufferColumns));
+    }
+    view->setDefaultRowHeight(s.integer(DefaultRowHeight));
+    view->setDefaultColWidth(s.integer(DefaultColumnWidth));
+    view->setMaxRowHeight(s.integer(MaxRowHeightForAutoFit));
+    view->setMaxColWidth(s.integer(MaxColumnWidthForAutoFit));
+    view->setAutoFitRows(s.boolean(AutoFitRowHeight));
+    view->setAutoFitCols(s.boolean(AutoFitColumnWidth));
+    view->setSnapToRow(s.boolean(SnapToRow));
+    view->setSnapToCol(s.boolean(SnapToColumn));
+    view->setTextPixelSize(s.integer(TextSize));
+    view->horizontalHeader()->setVisible(s.boolean(ShowColumnLabels));
+    view->verticalHeader()->setVisible(s.boolean(ShowRowLabels));
+    view->refreshView();
+}
