@@ -149,6 +149,20 @@ public slots:
     void commandDuplicateSelectedCellContentsLeft();
     void commandDuplicateSelectedCellContentsRight();
     void commandToggleShowEditorPane();
+    // Global settings that switch on and off (mainwindow_settings.cpp).
+    void commandToggleHighlightMainSelectedCellsRow();
+    void commandToggleHighlightMainSelectedCellsColumn();
+    void commandToggleLetEditorPaneConsumeNavigationKeystrokes();
+    void commandToggleRepresentColumnsAsLetters();
+    void commandToggleSaveAfterEachEdit();
+    void commandToggleSaveWithTrailingDelimiters();
+    void commandToggleShadeEveryOtherRow();
+    void commandToggleShadeEveryOtherColumn();
+    void commandToggleShowRowLabels();
+    void commandToggleShowColumnLabels();
+    void commandToggleShowTabBar();
+    void commandToggleSnapToRowAfterScrolling();
+    void commandToggleSnapToColumnAfterScrolling();
     // Select and Go To menus.
     void commandSelectUp();
     void commandSelectDown();
@@ -189,6 +203,8 @@ private:
     void buildLayout();
     void applySettings();
     void applySettingsTo(TableView* view);
+    // Flips a switch setting, writes it to the user's file and applies it.
+    void toggleSetting(int id);
     void connectView(TableView* view);
     void removeView(TableView* view);
     void updateTitle();

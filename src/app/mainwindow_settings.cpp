@@ -89,3 +89,63 @@ void MainWindow::applySettingsTo(TableView* view) {
     view->verticalHeader()->setVisible(s.boolean(ShowRowLabels));
     view->refreshView();
 }
+
+void MainWindow::toggleSetting(int id) {
+    settings->toggle(id);
+    // The file is the settings' home: the watcher's report of this write
+    // reads back the same values.
+    if (preference_files) preference_files->writeSetting(id, *settings);
+    applySettings();
+}
+
+void MainWindow::commandToggleHighlightMainSelectedCellsRow() {
+    toggleSetting(SettingId::HighlightMainRow);
+}
+
+void MainWindow::commandToggleHighlightMainSelectedCellsColumn() {
+    toggleSetting(SettingId::HighlightMainColumn);
+}
+
+void MainWindow::commandToggleLetEditorPaneConsumeNavigationKeystrokes() {
+    toggleSetting(SettingId::EditorPaneConsumesNavigation);
+}
+
+void MainWindow::commandToggleRepresentColumnsAsLetters() {
+    toggleSetting(SettingId::ColumnsAsLetters);
+}
+
+void MainWindow::commandToggleSaveAfterEachEdit() {
+    toggleSetting(SettingId::SaveAfterEachEdit);
+}
+
+void MainWindow::commandToggleSaveWithTrailingDelimiters() {
+    toggleSetting(SettingId::SaveTrailingDelimiters);
+}
+
+void MainWindow::commandToggleShadeEveryOtherRow() {
+    toggleSetting(SettingId::ShadeRows);
+}
+
+void MainWindow::commandToggleShadeEveryOtherColumn() {
+    toggleSetting(SettingId::ShadeColumns);
+}
+
+void MainWindow::commandToggleShowRowLabels() {
+    toggleSetting(SettingId::ShowRowLabels);
+}
+
+void MainWindow::commandToggleShowColumnLabels() {
+    toggleSetting(SettingId::ShowColumnLabels);
+}
+
+void MainWindow::commandToggleShowTabBar() {
+    toggleSetting(SettingId::ShowTabBar);
+}
+
+void MainWindow::commandToggleSnapToRowAfterScrolling() {
+    toggleSetting(SettingId::SnapToRow);
+}
+
+void MainWindow::commandToggleSnapToColumnAfterScrolling() {
+    toggleSetting(SettingId::SnapToColumn);
+}

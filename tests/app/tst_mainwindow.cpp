@@ -5,6 +5,7 @@
 #include "widgets/msgbox.h"
 
 #include <QDir>
+#include <QHeaderView>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -98,6 +99,10 @@ private slots:
         QTRY_COMPARE(m->numHeaderRows(), 3);
         setTo(QStringLiteral("many"));
         QTRY_COMPARE(m->numHeaderRows(), 1);
+        // A toggle writes its value into the file and reaches the tables.
+        w.commandToggleShowRowLabels();
+        QVERIFY(w.currentView()->verticalHeader()->isHidden());
+        QVERIFY(read(file).contains("Show Row Labels,Global,true|false,true,false"));
     }
 
     void init() {
