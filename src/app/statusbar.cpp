@@ -18,6 +18,14 @@ QString plural(qint64 n) {
 
 } // namespace
 
+namespace {
+
+QString cellLengthText(int length) {
+    return QStringLiteral("Cell Length: %1").arg(QLocale().toString(length));
+}
+
+} // namespace
+
 StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent) {
     setSizeGripEnabled(false);
     // Items are told apart by spacing, not by the style's boxes.
@@ -74,6 +82,9 @@ void StatusBar::setTableView(TableView* new_view) {
         connect(view, &TableView::selectionChangedSignal, this, &StatusBar::onSelectionChanged),
         connect(view, &TableView::selectionSizeChangedSignal, this, &StatusBar::refreshSelection),
         connect(view, &TableView::mainCellChangedSignal, this, &StatusBar::refreshCellLength),
+        // While an edit runs, the length follows the text typed.
+        connect(view, &TableView::mainCellLengthChangedSignal, this,
+                [this](int length) { cell_length_label->setText(cellLengthText(length)); }),
         connect(model, &TableModel::updateStatsLabelSignal, this, &StatusBar::onStatsLabelUpdate),
         connect(model, &TableModel::setDelimiterSignal, this, &StatusBar::refresh),
         connect(view, &QObject::destroyed, this, [this] { setTableView(nullptr); }),
@@ -139,7 +150,7 @@ QString StatusBar::cellLengthItemText() const {
     if (!model.tableData().isLoading() && main.row >= 0 && main.col >= 0 &&
         main.row <= model.lastDataRow() && main.col <= model.lastDataCol())
         length = int(model.tableData().data(main.row, main.col).toString().size());
-    return QStringLiteral("Cell Length: %1").arg(QLocale().toString(length));
+    return cellLengthText(length);
 }
 
 QString StatusBar::delimiterItemText() const {
