@@ -252,7 +252,7 @@ void MainWindow::updateTab(TableView* view) {
 
 void MainWindow::connectView(TableView* view) {
     view->setTheme(theme);
-    applySettingsTo(view);
+    applySettingsTo(view, true);
     connect(view, &TableView::saveStartedSignal, this, &MainWindow::onSaveStarted);
     connect(view, &TableView::saveFinishedSignal, this, &MainWindow::onSaveFinished);
     connect(view->model(), &TableModel::loadFailedSignal, this, [this, view] {

@@ -149,6 +149,11 @@ public slots:
     void commandDuplicateSelectedCellContentsLeft();
     void commandDuplicateSelectedCellContentsRight();
     void commandToggleShowEditorPane();
+    void commandToggleAutoFitRowHeight();
+    void commandToggleAutoFitColumnWidth();
+    void commandToggleHighlightHeaderRows();
+    void commandToggleHighlightHeaderColumns();
+    void commandToggleReadOnly();
     // Global settings that switch on and off (mainwindow_settings.cpp).
     void commandToggleHighlightMainSelectedCellsRow();
     void commandToggleHighlightMainSelectedCellsColumn();
@@ -202,7 +207,9 @@ protected:
 private:
     void buildLayout();
     void applySettings();
-    void applySettingsTo(TableView* view);
+    // With `table_scope`, the Table settings too: the defaults a newly
+    // opened file starts from.
+    void applySettingsTo(TableView* view, bool table_scope);
     // Flips a switch setting, writes it to the user's file and applies it.
     void toggleSetting(int id);
     void connectView(TableView* view);

@@ -47,23 +47,31 @@ void MainWindow::applySettings() {
     const ::Theme chosen = s.theme();
     if (chosen.name != theme.name) applyTheme(chosen);
     for (TableView* v : table_views)
-        applySettingsTo(v);
+        applySettingsTo(v, false);
 }
 
-void MainWindow::applySettingsTo(TableView* view) {
+void MainWindow::applySettingsTo(TableView* view, bool table_scope) {
     if (!settings) return;
     using namespace SettingId;
     const Settings& s = *settings;
     TableModel& m = *view->model();
+    if (table_scope) {
+        // Table settings are the defaults of a newly opened file; after
+        // that the file keeps its own, changed by its commands.
+        m.setFirstRowIndex(s.integer(FirstRowIndex));
+        m.setFirstColIndex(s.integer(FirstColumnIndex));
+        m.setHighlightHeaderRows(s.boolean(HighlightHeaderRows));
+        m.setHighlightHeaderCols(s.boolean(HighlightHeaderColumns));
+        m.setNumHeaderRows(s.integer(HeaderRows));
+        m.setNumHeaderCols(s.integer(HeaderColumns));
+        view->setMaxRowHeight(s.integer(MaxRowHeightForAutoFit));
+        view->setMaxColWidth(s.integer(MaxColumnWidthForAutoFit));
+        view->setAutoFitRows(s.boolean(AutoFitRowHeight));
+        view->setAutoFitCols(s.boolean(AutoFitColumnWidth));
+    }
     m.setCaseSensitiveSorting(s.boolean(CaseSensitiveSorting));
-    m.setFirstRowIndex(s.integer(FirstRowIndex));
-    m.setFirstColIndex(s.integer(FirstColumnIndex));
-    m.setHighlightHeaderRows(s.boolean(HighlightHeaderRows));
-    m.setHighlightHeaderCols(s.boolean(HighlightHeaderColumns));
     m.setHighlightMainRow(s.boolean(HighlightMainRow));
     m.setHighlightMainCol(s.boolean(HighlightMainColumn));
-    m.setNumHeaderRows(s.integer(HeaderRows));
-    m.setNumHeaderCols(s.integer(HeaderColumns));
     m.setColumnsAsLetters(s.boolean(ColumnsAsLetters));
     m.setSaveAfterEachEdit(s.boolean(SaveAfterEachEdit));
     m.setSaveTrailingDelimiters(s.boolean(SaveTrailingDelimiters));
@@ -78,10 +86,6 @@ void MainWindow::applySettingsTo(TableView* view) {
     }
     view->setDefaultRowHeight(s.integer(DefaultRowHeight));
     view->setDefaultColWidth(s.integer(DefaultColumnWidth));
-    view->setMaxRowHeight(s.integer(MaxRowHeightForAutoFit));
-    view->setMaxColWidth(s.integer(MaxColumnWidthForAutoFit));
-    view->setAutoFitRows(s.boolean(AutoFitRowHeight));
-    view->setAutoFitCols(s.boolean(AutoFitColumnWidth));
     view->setSnapToRow(s.boolean(SnapToRow));
     view->setSnapToCol(s.boolean(SnapToColumn));
     view->setTextPixelSize(s.integer(TextSize));
@@ -148,4 +152,31 @@ void MainWindow::commandToggleSnapToRowAfterScrolling() {
 
 void MainWindow::commandToggleSnapToColumnAfterScrolling() {
     toggleSetting(SettingId::SnapToColumn);
+}
+
+// Table settings switch for the current table alone.
+void MainWindow::commandToggleAutoFitRowHeight() {
+    if (TableView* v = currentView()) v->setAutoFitRows(!v->autoFitRows());
+}
+
+void MainWindow::commandToggleAutoFitColumnWidth() {
+    if (TableView* v = currentView()) v->setAutoFitCols(!v->autoFitCols());
+}
+
+void MainWindow::commandToggleHighlightHeaderRows() {
+    if (TableView* v = currentView()) {
+        v->model()->setHighlightHeaderRows(!v->model()->highlightHeaderRows());
+        v->refreshView();
+    }
+}
+
+void MainWindow::commandToggleHighlightHeaderColumns() {
+    if (TableView* v = currentView()) {
+        v->model()->setHighlightHeaderCols(!v->model()->highlightHeaderCols());
+        v->refreshView();
+    }
+}
+
+void MainWindow::commandToggleReadOnly() {
+    if (TableView* v = currentView()) setReadOnly(v, !v->model()->isReadOnly());
 }

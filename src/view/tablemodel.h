@@ -126,6 +126,8 @@ public:
     void setFindMatches(RangeVector matches);
 
     bool isReadOnly() const { return read_only; }
+    bool highlightHeaderRows() const { return highlight_header_rows; }
+    bool highlightHeaderCols() const { return highlight_header_cols; }
     bool saveAfterEachEdit() const { return save_after_each_edit; }
     bool saveTrailingDelimiters() const { return save_trailing_delimiters; }
     int numHeaderRows() const { return num_header_rows; }

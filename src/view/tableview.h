@@ -53,6 +53,8 @@ public:
     void setMaxColWidth(int pixels) { max_col_width = pixels; }
     void setAutoFitRows(bool on);
     void setAutoFitCols(bool on);
+    bool autoFitRows() const { return auto_fit_rows; }
+    bool autoFitCols() const { return auto_fit_cols; }
     void setTheme(const Theme& theme);
     void setTextPixelSize(int pixels);
     void setSnapToRow(bool on) { snap_rows = on; }

@@ -5,9 +5,9 @@
 #include "widgets/msgbox.h"
 
 #include <QDir>
-#include <QHeaderView>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QHeaderView>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -79,30 +79,36 @@ class TestMainWindow : public QObject {
 private slots:
     // A setting changed in the user's file by another program reaches the
     // open tables through the watcher; a bad value falls back to its default.
+    // (Table settings are the defaults of files opened later.)
     void settingsFileReachesOpenTables() {
         QTemporaryDir prefs;
         MainWindow w;
         w.usePreferenceFolder(prefs.path());
         QVERIFY(w.openFile(write("prefs.csv", "a,b\n1,2\n")));
         TableModel* m = w.currentView()->model();
-        QCOMPARE(m->numHeaderRows(), 1);
+        QCOMPARE(m->minRows(), 50);
         const QString file = QDir(prefs.path()).filePath(QStringLiteral("Settings (User).csv"));
         auto setTo = [&](const QString& value) {
             QProcess::execute(
                 QStringLiteral("sed"),
                 {QStringLiteral("-i"),
-                 QStringLiteral("s/^\\(Number of Header Rows,Table,[^,]*,1,\\).*$/\\1%1/")
+                 QStringLiteral("s/^\\(Minimum Number of Table Rows,Global,[^,]*,50,\\).*$/\\1%1/")
                      .arg(value),
                  file});
         };
-        setTo(QStringLiteral("3"));
-        QTRY_COMPARE(m->numHeaderRows(), 3);
+        setTo(QStringLiteral("70"));
+        QTRY_COMPARE(m->minRows(), 70);
         setTo(QStringLiteral("many"));
-        QTRY_COMPARE(m->numHeaderRows(), 1);
+        QTRY_COMPARE(m->minRows(), 50);
         // A toggle writes its value into the file and reaches the tables.
         w.commandToggleShowRowLabels();
         QVERIFY(w.currentView()->verticalHeader()->isHidden());
         QVERIFY(read(file).contains("Show Row Labels,Global,true|false,true,false"));
+        // A table switch changes the current table only, not the defaults.
+        const QByteArray before = read(file);
+        w.commandToggleHighlightHeaderRows();
+        QVERIFY(!m->highlightHeaderRows());
+        QCOMPARE(read(file), before);
     }
 
     void init() {
