@@ -1,11 +1,11 @@
 // gridmere-bench: drives the engine headless, one sub-command per measured
 // operation, each printing one line of figures. See bench/README.md.
 
+#include "benchgui.h"
 #include "data/editabledatacontainer.h"
 #include "data/fileparameters.h"
 #include "data/readonlydatacontainer.h"
 #include "data/tabledata.h"
-#include "benchgui.h"
 #include "generator.h"
 
 #include <QCoreApplication>

@@ -92,8 +92,9 @@ int main(int argc, char** argv) {
     // none behind.
     const int display = 70 + int(QCoreApplication::applicationPid() % 400);
     QProcess xvfb;
-    xvfb.start(QStringLiteral("Xvfb"), {QStringLiteral(":%1").arg(display), QStringLiteral("-screen"),
-                                        QStringLiteral("0"), QStringLiteral("1024x768x24")});
+    xvfb.start(QStringLiteral("Xvfb"),
+               {QStringLiteral(":%1").arg(display), QStringLiteral("-screen"), QStringLiteral("0"),
+                QStringLiteral("1024x768x24")});
     if (!xvfb.waitForStarted(5000)) {
         std::fprintf(stderr, "Xvfb did not start\n");
         return 1;

@@ -158,9 +158,12 @@ private slots:
     void middleButtonFill_data() {
         QTest::addColumn<QString>("key"); // pressed while dragging, or empty
         QTest::addColumn<QString>("cells");
-        QTest::newRow("copies") << "" << "7 7 7";
-        QTest::newRow("steps up") << "+" << "8 9 10";
-        QTest::newRow("steps by 2") << "2" << "9 11 13";
+        QTest::newRow("copies") << ""
+                                << "7 7 7";
+        QTest::newRow("steps up") << "+"
+                                  << "8 9 10";
+        QTest::newRow("steps by 2") << "2"
+                                    << "9 11 13";
     }
     void middleButtonFill() {
         QFETCH(QString, key);
