@@ -40,11 +40,7 @@ void MainWindow::commandPasteCells() {
 }
 
 void MainWindow::commandEditSelectedCell() {
-    TableView* v = writable(currentView());
-    if (!v) return;
-    const TableModel& m = *v->model();
-    const Range main = m.mainCell();
-    v->startEditing(m.data(m.index(main.row, main.col)).toString().isEmpty());
+    if (TableView* v = writable(currentView())) v->editSelectedCell();
 }
 
 void MainWindow::commandStopEditing() {

@@ -31,6 +31,13 @@ public:
     void reserve(qsizetype bytes) { packed.reserve(bytes); }
     void append(QByteArrayView bytes, bool quoted);
     void squeeze() { packed.squeeze(); }
+    // The same cells placed dr rows and dc columns away.
+    StoredCells shifted(int dr, int dc) const {
+        StoredCells out = *this;
+        out.first_row += dr, out.last_row += dr;
+        out.first_col += dc, out.last_col += dc;
+        return out;
+    }
 
     // Walks the cells in order.
     class Reader {

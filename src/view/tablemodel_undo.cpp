@@ -141,11 +141,10 @@ RangeVector TableModel::toRawRanges(const RangeVector& ranges) const {
                     // The main cell stays marked in the piece that holds it.
                     const auto [mr, mc] = r.mainPosition();
                     piece.is_main = mr >= rr.m0 && mr <= rr.m1 && mc >= cr.m0 && mc <= cr.m1;
-                    piece.main_offset = r.kind == Range::Row ? mc - cr.m0 : mr - rr.m0;
                     piece.main_offset_row = mr - rr.m0 + piece.row;
                     piece.main_offset_col = mc - cr.m0 + piece.col;
-                    if (r.kind == Range::Row) piece.main_offset = mc - cr.m0 + piece.col;
-                    if (r.kind == Range::Column) piece.main_offset = mr - rr.m0 + piece.row;
+                    piece.main_offset =
+                        r.kind == Range::Row ? piece.main_offset_col : piece.main_offset_row;
                 }
                 mapExclusions(piece);
                 out.push_back(std::move(piece));
@@ -309,8 +308,7 @@ bool TableModel::writeRanges(const RangeVector& ranges, bool use_old_values, con
             if (e.r0 > e.r1 || e.c0 > e.c1) continue;
         }
         const bool per_cell = hasExclusions(r) || !skip_raw.empty();
-        const bool captured =
-            single.canConvert<StoredCells>() && single.userType() == qMetaTypeId<StoredCells>();
+        const bool captured = single.userType() == qMetaTypeId<StoredCells>();
 
         if (!per_cell && captured) {
             const StoredCells cells = single.value<StoredCells>();
@@ -323,21 +321,8 @@ bool TableModel::writeRanges(const RangeVector& ranges, bool use_old_values, con
                 cells.lastRow() >= std::min(e.r1, table_data.numRawRows() - 1) &&
                 cells.lastColumn() >= std::min(e.c1, table_data.numRawColumns() - 1);
             if (!covers) changed |= table_data.fillRaw(e.r0, e.r1, e.c0, e.c1, QString());
-            if (!cells.isEmpty()) {
-                if (!moved) {
-                    changed |= table_data.restoreRaw(cells);
-                } else {
-                    StoredCells shifted(cells.firstRow() + dr, cells.lastRow() + dr,
-                                        cells.firstColumn() + dc, cells.lastColumn() + dc);
-                    StoredCells::Reader reader(cells);
-                    while (!reader.atEnd()) {
-                        bool quoted = false;
-                        const QByteArrayView b = reader.next(&quoted);
-                        shifted.append(b, quoted);
-                    }
-                    changed |= table_data.restoreRaw(shifted);
-                }
-            }
+            if (!cells.isEmpty())
+                changed |= table_data.restoreRaw(moved ? cells.shifted(dr, dc) : cells);
             continue;
         }
         if (!per_cell && line_values.empty() && grid.empty()) {

@@ -77,6 +77,8 @@ public:
     void moveCellContents(int row_offset, int col_offset);
     void duplicateCellContents(Direction direction);
     bool isEditing() const { return context & CellEditing; }
+    // "Edit Selected Cell": the main cell's text stays, the cursor at its end.
+    void editSelectedCell();
     QWidget* cellEditor() const { return editor; }
     TableDelegate* tableDelegate() const { return delegate; }
 

@@ -103,6 +103,11 @@ void TableView::startEditing(bool blank, QKeyEvent* ke) {
     }
 }
 
+void TableView::editSelectedCell() {
+    const Range main = table_model->mainCell();
+    startEditing(table_model->data(table_model->index(main.row, main.col)).toString().isEmpty());
+}
+
 void TableView::onCellEditorCreated(QWidget* created) {
     editor = created;
 }
@@ -268,15 +273,7 @@ void TableView::onMoveCellContentsAbsolute(RangeVector selection, Range main_cel
                 }
             t.value = QVariant::fromValue(kept);
         } else if (!cells.isEmpty()) {
-            StoredCells shifted(cells.firstRow() + dy, cells.lastRow() + dy,
-                                cells.firstColumn() + dx, cells.lastColumn() + dx);
-            StoredCells::Reader reader(cells);
-            while (!reader.atEnd()) {
-                bool quoted = false;
-                const QByteArrayView bytes = reader.next(&quoted);
-                shifted.append(bytes, quoted);
-            }
-            t.value = QVariant::fromValue(shifted);
+            t.value = QVariant::fromValue(cells.shifted(dy, dx));
         } else {
             t.value = QString();
         }
@@ -328,11 +325,7 @@ bool TableView::handleEditingKey(QKeyEvent* e) {
         return true;
     }
     if ((mods == Qt::NoModifier && key == Qt::Key_F2) || (ctrl && key == Qt::Key_E)) {
-        if (writable && !(context & MultiCellSelection)) {
-            const Range main = table_model->mainCell();
-            startEditing(
-                table_model->data(table_model->index(main.row, main.col)).toString().isEmpty());
-        }
+        if (writable && !(context & MultiCellSelection)) editSelectedCell();
         return true;
     }
     return false;

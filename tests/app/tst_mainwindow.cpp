@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "app/tabbar.h"
+#include "edit/commands/setmodeldatacommand.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 #include "widgets/msgbox.h"
@@ -12,29 +13,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QUndoCommand>
 #include <QUndoStack>
 
 #include <memory>
-
-namespace {
-
-// An edit as the editing commands will make it: one cell, undoable.
-class CellEdit : public QUndoCommand {
-public:
-    CellEdit(TableModel* m, int row, int col, QString text)
-        : model(m), r(row), c(col), text_new(std::move(text)),
-          text_old(m->data(m->index(row, col)).toString()) {}
-    void redo() override { model->setData(model->index(r, c), text_new); }
-    void undo() override { model->setData(model->index(r, c), text_old); }
-
-private:
-    TableModel* model;
-    int r, c;
-    QString text_new, text_old;
-};
-
-} // namespace
 
 // The window's file flows on real files in a temporary folder, with each
 // question answered as a user would.
@@ -62,8 +43,11 @@ class TestMainWindow : public QObject {
             if (!left->isEmpty()) box.clickButton(left->takeFirst());
         });
     }
+    // One cell changed as a typed edit changes it: one undo step.
     static void edit(TableView* v, int row, int col, const QString& text) {
-        v->undoStack()->push(new CellEdit(v->model(), row, col, text));
+        Range cell(row, col, Range::Model);
+        cell.value = text;
+        v->pushCommand(new SetModelDataCommand(v->model(), {cell}, false, true));
     }
     static QString cell(TableView* v, int row, int col) {
         return v->model()->data(v->model()->index(row, col)).toString();
