@@ -11,6 +11,10 @@
 #include "commands/preferencefiles.h"
 #include "commands/settings.h"
 #include "data/fileparameters.h"
+#include "edit/commands/setdelimitercommand.h"
+#include "edit/commands/setencodingcommand.h"
+#include "edit/commands/setlineendingcommand.h"
+#include "edit/commands/setparsingstandardcommand.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 #include "widgets/msgbox.h"
@@ -114,6 +118,23 @@ void MainWindow::buildLayout() {
             [this](const QString& delimiter, EncodingType encoding, ParsingStandard standard) {
                 reloadWithParameters(currentView(), delimiter, encoding, standard);
                 metadata->refresh();
+            });
+    // The save side of the panel changes what the next save writes, one undo
+    // step each, as the commands of the File menu do.
+    connect(metadata, &FileMetadataWidget::delimiterSaveChangedSignal, this,
+            [this](const QString& d) {
+                pushOnCurrent([&](TableModel* m) { return new SetDelimiterCommand(m, d); });
+            });
+    connect(metadata, &FileMetadataWidget::lineEndingSaveChangedSignal, this,
+            [this](LineEndingType e) {
+                pushOnCurrent([&](TableModel* m) { return new SetLineEndingCommand(m, e); });
+            });
+    connect(metadata, &FileMetadataWidget::encodingSaveChangedSignal, this, [this](EncodingType e) {
+        pushOnCurrent([&](TableModel* m) { return new SetEncodingCommand(m, e); });
+    });
+    connect(metadata, &FileMetadataWidget::parsingStandardSaveChangedSignal, this,
+            [this](ParsingStandard p) {
+                pushOnCurrent([&](TableModel* m) { return new SetParsingStandardCommand(m, p); });
             });
     connect(metadata, &FileMetadataWidget::readOnlyToggledSignal, this, [this](bool on) {
         setReadOnly(currentView(), on);

@@ -6,6 +6,8 @@
 #include "view/context.h"
 #include "view/theme.h"
 
+#include "app/optionlistwidget.h"
+
 #include <QFileSystemWatcher>
 #include <QStringList>
 #include <QWidget>
@@ -24,6 +26,9 @@ class QLabel;
 class SideBar;
 class StatusBar;
 class TabBar;
+class Launcher;
+class TableModel;
+class TableUndoCommand;
 class TableView;
 class TitleBarButton;
 
@@ -198,13 +203,91 @@ public slots:
     void commandGoToBottom();
     void commandGoToFarLeft();
     void commandGoToFarRight();
+    // The launcher and the questions commands ask (mainwindow_launcher.cpp).
+    void commandCommandLauncher();
+    void onCommandLauncherResponseReceived(QString response);
+    void commandGoToCell();
+    void commandSelectFromMainCellTo();
+    void commandMoveCellContentsTo();
+    void commandReloadFileWithDelimiter();
+    void commandReloadFileWithEncoding();
+    void commandReloadFileWithParsingStandard();
+    void commandReloadFileWithDifferentParameters();
+    void commandSetDelimiterForFileSave();
+    void commandSetLineEndingForFileSave();
+    void commandSetEncodingForFileSave();
+    void commandSetParsingStandardForFileSave();
+    void commandSetParametersForFileSave();
+    void commandSetFont();
+    void commandSetTextSize();
+    void commandSetTheme();
+    void commandSetMinimumNumberOfTableRows();
+    void commandSetMinimumNumberOfTableColumns();
+    void commandSetNumberOfBufferRows();
+    void commandSetNumberOfBufferColumns();
+    void commandSetDefaultRowHeight();
+    void commandSetDefaultColumnWidth();
+    void commandSetMinFileSizeReadOnlyModeQueryMb();
+    void commandSetTextEditor();
+    void commandSetSearchEngine();
+    void commandSetOnlineMap();
+    void commandSetBehaviorWhenFileIsChangedExternally();
+    void commandSetUuidType();
+    void commandSetFirstRowIndex();
+    void commandSetFirstColumnIndex();
+    void commandSetNumberOfHeaderRows();
+    void commandSetNumberOfHeaderColumns();
+    void commandSetMaximumRowHeightForAutoFit();
+    void commandSetMaximumColumnWidthForAutoFit();
+
+public:
+    // One question of a launcher. `accept` takes the answer and gives an
+    // error text when it can't, which asks the same question again.
+    struct PromptStep {
+        QString prompt;
+        QString guide;
+        std::vector<OptionData> options;
+        QString preset;
+        std::function<QString(const QString&)> accept;
+    };
+    Launcher* prompt(const PromptStep& step);
+    // Puts an answered step on the strip above the next question;
+    // `ask_again` runs when the user goes back to it.
+    void promptNext(const QString& answered_prompt, const QString& answer,
+                    std::function<void()> ask_again);
 
 protected:
     void closeEvent(QCloseEvent* e) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* e) override;
     void dropEvent(QDropEvent* e) override;
 
 private:
+    // Launcher helpers (mainwindow_launcher.cpp).
+    QString cellAddressGuide() const;
+    // A typed address as a model cell, taken to the table's edges; false
+    // when the text names no row or column.
+    bool readCellAddress(const QString& text, int& row, int& col) const;
+    void promptForCell(const QString& prompt_text, std::function<void(TableView*, int, int)> act);
+    void promptForSetting(int id, std::vector<OptionData> options = {}, QString guide = {});
+    void setGlobalSettingFromText(int id, const QString& text);
+    void applyTableSetting(int id, const QString& text);
+    PromptStep delimiterStep(const QString& prompt_text, bool for_reload,
+                             std::function<void(const QString&, const QString&)> take);
+    PromptStep encodingStep(const QString& prompt_text,
+                            std::function<void(EncodingType, const QString&)> take);
+    PromptStep standardStep(const QString& prompt_text,
+                            std::function<void(ParsingStandard, const QString&)> take);
+    PromptStep lineEndingStep(const QString& prompt_text,
+                              std::function<void(LineEndingType, const QString&)> take);
+    void reloadCurrent(const QString& delimiter, EncodingType encoding, ParsingStandard standard);
+    void onReloadEncodingPrompt(const QString& delimiter);
+    void onSaveLineEndingPrompt(const QString& delimiter);
+    void onSaveEncodingPrompt(const QString& delimiter, LineEndingType ending);
+    void pushOnCurrent(const std::function<TableUndoCommand*(TableModel*)>& make);
+    void saveDialect(const QString& delimiter, LineEndingType ending, EncodingType encoding,
+                     ParsingStandard standard);
+
     void buildLayout();
     void applySettings();
     // With `table_scope`, the Table settings too: the defaults a newly

@@ -42,6 +42,7 @@ void MainWindow::applySettings() {
     retain_sort_and_filters = s.boolean(RetainSortAndFilters);
     tab_bar->setVisible(s.boolean(ShowTabBar));
     side_bar->setVisible(s.boolean(ShowSideBar));
+    pane_view->setSettings(s);
     pane_view->setLetEditorPaneConsumeNavigationKeys(s.boolean(EditorPaneConsumesNavigation));
     pane_view->showEditorPane(s.boolean(ShowEditorPane), false);
     const ::Theme chosen = s.theme();

@@ -1,5 +1,7 @@
 #include "app/paneview.h"
 
+#include "app/launcher.h"
+
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 #include "widgets/editorpane.h"
@@ -8,6 +10,7 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMutexLocker>
@@ -419,4 +422,114 @@ void PaneView::onEditorPaneFocusIn() {
     if (current_view && !current_view->model()->isReadOnly() &&
         !(current_view->context & CellEditing))
         current_view->startEditing(false, true);
+}
+
+// ---- Launcher ----
+
+int PaneView::launcherWidth(int pane_width) {
+    return std::min(std::max(int(pane_width * 0.8), 400), 750);
+}
+
+void PaneView::placeLauncher() {
+    if (!launcher) return;
+    const int w = launcherWidth(width());
+    const int x = (width() - w) / 2;
+    int y = splitter->y();
+    if (current_view && current_view->horizontalHeader()->isVisible())
+        y += current_view->horizontalHeader()->height();
+    for (PrevOptionWidget* strip : prev_options) {
+        strip->setGeometry(x, y, w, strip->height());
+        strip->raise();
+        strip->show();
+        y += strip->height() + 10;
+    }
+    launcher->setGeometry(x, y, w, launcher->height());
+    launcher->raise();
+    launcher->show();
+}
+
+void PaneView::setLauncher(Launcher* new_launcher) {
+    if (launcher && launcher != new_launcher) {
+        Launcher* old = launcher;
+        launcher = nullptr;
+        disconnect(old, nullptr, this, nullptr);
+        old->close();
+    }
+    launcher = new_launcher;
+    if (!launcher) return;
+    emit addContextSignal(LauncherOpen);
+    launcher->setParent(this);
+    connect(launcher, &QObject::destroyed, this, &PaneView::onLauncherDestroyed);
+    connect(launcher, &Launcher::launcherClosedSignal, this, &PaneView::clearPrevOptionList);
+    if (!prev_options.empty())
+        connect(launcher, &Launcher::goBackSignal, prev_options.back(),
+                &PrevOptionWidget::goHereSignal);
+    placeLauncher();
+    launcher->putFocusInPromptEditor();
+}
+
+PrevOptionWidget* PaneView::addPrevOption(const QString& prompt, const QString& answer) {
+    auto* strip = new PrevOptionWidget(prompt, answer, settings, this);
+    connect(strip, &PrevOptionWidget::goHereSignal, this, &PaneView::onPrevOptionGoHere);
+    prev_options.push_back(strip);
+    placeLauncher();
+    return strip;
+}
+
+void PaneView::clearPrevOptionList() {
+    for (PrevOptionWidget* strip : prev_options) {
+        strip->hide();
+        strip->deleteLater();
+    }
+    prev_options.clear();
+}
+
+void PaneView::closeLauncher() {
+    clearPrevOptionList();
+    if (launcher) {
+        Launcher* old = launcher;
+        launcher = nullptr;
+        disconnect(old, nullptr, this, nullptr);
+        old->close();
+        emit removeContextSignal(LauncherOpen);
+        emit launcherDestroyedSignal();
+    }
+    if (current_view) current_view->setFocus(Qt::OtherFocusReason);
+}
+
+void PaneView::onLauncherDestroyed(QObject* object) {
+    // A chain installs its next question before the answered one is gone.
+    if (object != launcher) return;
+    launcher = nullptr;
+    clearPrevOptionList();
+    emit removeContextSignal(LauncherOpen);
+    emit launcherDestroyedSignal();
+    if (current_view) current_view->setFocus(Qt::OtherFocusReason);
+}
+
+void PaneView::onPrevOptionGoHere() {
+    auto* strip = qobject_cast<PrevOptionWidget*>(sender());
+    const auto it = std::find(prev_options.begin(), prev_options.end(), strip);
+    if (it == prev_options.end()) return;
+    for (auto later = it + 1; later != prev_options.end(); ++later) {
+        (*later)->hide();
+        (*later)->deleteLater();
+    }
+    prev_options.erase(it, prev_options.end());
+    strip->hide();
+    strip->deleteLater();
+    emit strip->expandThisSignal();
+    placeLauncher();
+}
+
+void PaneView::setSettings(const Settings& new_settings) {
+    settings = new_settings;
+    for (PrevOptionWidget* strip : prev_options)
+        strip->setSettings(settings);
+    if (launcher) launcher->setSettings(settings);
+}
+
+void PaneView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    placeLauncher();
 }

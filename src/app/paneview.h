@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commands/settings.h"
 #include "view/context.h"
 #include "view/range.h"
 
@@ -13,6 +14,8 @@
 #include <vector>
 
 class AbstractTableView;
+class Launcher;
+class PrevOptionWidget;
 class EditorPane;
 class QKeyEvent;
 class QLabel;
@@ -63,6 +66,22 @@ public:
     // Font size of the progress label: large and independent of the scale.
     static qreal progressPointSize();
 
+    // ---- Launcher ----
+    // Replaces any installed launcher. The strip of answered steps stays: a
+    // chain's next question is installed over it.
+    void setLauncher(Launcher* new_launcher);
+    Launcher* currentLauncher() const { return launcher; }
+    // Appends an answered step to the strip. Whoever asked the step connects
+    // the widget's expandThisSignal to what asks it again.
+    PrevOptionWidget* addPrevOption(const QString& prompt, const QString& answer);
+    const std::vector<PrevOptionWidget*>& prevOptions() const { return prev_options; }
+    // Closes the strip and the launcher, and gives the table its focus back.
+    void closeLauncher();
+    void setSettings(const Settings& new_settings);
+    const Settings& currentSettings() const { return settings; }
+    // Width and place of the launcher over a pane of `pane_width`.
+    static int launcherWidth(int pane_width);
+
 signals:
     void addContextSignal(Context context);
     void removeContextSignal(Context context);
@@ -82,6 +101,7 @@ signals:
     void saveStartedSignal(QString filepath);
     void saveFinishedSignal(QString filepath);
     void loadFinishedSignal(TableView* table_view);
+    void launcherDestroyedSignal();
     // The Cancel button of a loading tab: the window closes the tab, and
     // deleting the view stops its loader.
     void cancelLoadSignal(TableView* table_view);
@@ -103,11 +123,18 @@ public slots:
     void onPreviousColumnWithColumnReset();
     void onEditorPaneFocusIn();
     void setEditorPaneHeightSlot(QVariant height_var);
+    void onLauncherDestroyed(QObject* object);
+    void clearPrevOptionList();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private slots:
+    void onPrevOptionGoHere();
 
 private:
+    void placeLauncher();
     void connectCurrent();
     void disconnectCurrent();
     void placeProgressLabels();
@@ -130,4 +157,7 @@ private:
     std::map<TableView*, QLabel*> progress_labels;
     QLabel* current_progress_label = nullptr;
     int context = 0;
+    Launcher* launcher = nullptr;
+    std::vector<PrevOptionWidget*> prev_options; // oldest first
+    Settings settings;
 };
