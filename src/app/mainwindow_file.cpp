@@ -277,6 +277,7 @@ bool MainWindow::saveTableAs(TableView* view, const QString& filepath, bool visi
     addRecent(absolute);
     view->undoStack()->setClean();
     updateTab(view);
+    if (view == currentView()) addContext(FileOnDisk);
     return true;
 }
 

@@ -68,7 +68,6 @@ void OptionWidget::build(const LabelMarkup& markup) {
     if (!data_.pill1.isEmpty()) row->addWidget(new PillLabel(data_.pill1, 9, this));
     if (!data_.pill2.isEmpty()) row->addWidget(new PillLabel(data_.pill2, 8, this));
     render(markup);
-    updateOptionLabel();
 }
 
 void OptionWidget::setHighlights(std::vector<int> positions, const LabelMarkup& markup) {
@@ -78,15 +77,13 @@ void OptionWidget::setHighlights(std::vector<int> positions, const LabelMarkup& 
 
 void OptionWidget::render(const LabelMarkup& markup) {
     label_text = renderOptionLabel(data_.name, highlights, markup);
-    if (!built || render_pending) return;
-    // Fast typing re-renders a row many times; only the last one is drawn.
-    render_pending = true;
-    QTimer::singleShot(20, this, &OptionWidget::updateOptionLabel);
+    label_dirty = true;
 }
 
 void OptionWidget::updateOptionLabel() {
-    render_pending = false;
-    if (name_label) name_label->setText(label_text);
+    if (!name_label || !label_dirty) return;
+    label_dirty = false;
+    name_label->setText(label_text);
 }
 
 void OptionWidget::setSelected(bool on, const QString& selected_style) {
@@ -127,17 +124,20 @@ OptionListWidget::OptionListWidget(const std::vector<OptionData>& options, const
                          .arg(selection.name().mid(1)) +
                      pill;
 
-    setWidgetResizable(true);
+    setWidgetResizable(false);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     content = new ListWidget;
     content->setObjectName(QStringLiteral("OptionListContent"));
-    // The plain style goes on the content once rather than on every row.
-    content->setStyleSheet(QStringLiteral("OptionWidget {background-color: transparent;}\n") +
+    // The plain style goes on the content once rather than on every row. The
+    // list is opaque, so a keystroke repaints the list and not the table
+    // under the translucent launcher.
+    content->setStyleSheet(QStringLiteral("#OptionListContent {background-color: %1;}\n"
+                                          "OptionWidget {background-color: transparent;}\n")
+                               .arg(theme.color(Theme::Background2Color).name()) +
                            pill);
-    layout = new QVBoxLayout(content);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
+    content->setAttribute(Qt::WA_OpaquePaintEvent);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 
     // Every row takes the height a row with the first option's fields has.
     if (row_height > 0) {
@@ -154,36 +154,59 @@ OptionListWidget::OptionListWidget(const std::vector<OptionData>& options, const
         row_height_ = std::max(measuring.sizeHint().height(), first.sub_text.isEmpty() ? 30 : 45);
     }
 
+    // Rows start without a parent: a widget under the window's style sheet
+    // costs a polish when it joins, which only the rows near the top pay at
+    // once; the others join while the list is already shown.
     rows.reserve(options.size());
     names.reserve(qsizetype(options.size()));
     for (size_t i = 0; i < options.size(); ++i) {
-        auto* row = new OptionWidget(int(i), options[i], content);
-        row->setFixedHeight(row_height_);
-        connect(row, &OptionWidget::clickedSignal, this, &OptionListWidget::itemClicked);
-        connect(row, &OptionWidget::selectedSignal, this,
-                &OptionListWidget::selectionChangedSignal);
-        rows.push_back(row);
+        rows.push_back(new OptionWidget(int(i), options[i]));
         names.append(options[i].name);
         order.push_back(int(i));
-        layout->addWidget(row);
     }
-    layout->addStretch(1);
     visible_count = count();
     for (int i = 0; i < std::min(kEagerRows, count()); ++i)
         buildRow(rows[size_t(i)]);
     fully_built = count() <= kEagerRows;
     setWidget(content);
+    relayout();
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
             &OptionListWidget::scrolledSignal);
+    // Rows scrolled into view get their label before they are painted.
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &OptionListWidget::updateExposedLabels);
+    label_timer.setSingleShot(true);
+    label_timer.setInterval(20);
+    connect(&label_timer, &QTimer::timeout, this, &OptionListWidget::updateExposedLabels);
     select(0);
+    updateExposedLabels();
     if (!fully_built) QTimer::singleShot(1, this, &OptionListWidget::fillListWidgets);
 }
 
 OptionListWidget::~OptionListWidget() {
     closing = true;
+    for (OptionWidget* row : rows)
+        if (!row->parent()) delete row;
+}
+
+void OptionListWidget::updateExposedLabels() {
+    // Rich text is costly to lay out: only the rows in view (and the next
+    // page) are rendered; the rest wait until they are scrolled to.
+    const int top = verticalScrollBar()->value() / std::max(1, row_height_);
+    const int page = std::max(viewport()->height(), 300) / std::max(1, row_height_) + 1;
+    for (int i = top; i < std::min(visible_count, top + 2 * page); ++i) {
+        OptionWidget* row = rows[size_t(order[size_t(i)])];
+        if (row->isBuilt()) row->updateOptionLabel();
+    }
 }
 
 void OptionListWidget::buildRow(OptionWidget* row) {
+    if (!row->parent()) {
+        row->setParent(content);
+        connect(row, &OptionWidget::clickedSignal, this, &OptionListWidget::itemClicked);
+        connect(row, &OptionWidget::selectedSignal, this,
+                &OptionListWidget::selectionChangedSignal);
+    }
     row->build(markup);
 }
 
@@ -191,11 +214,16 @@ void OptionListWidget::fillListWidgets() {
     QPointer<OptionListWidget> guard(this);
     for (int i = 0; i < count(); ++i) {
         if (!guard || closing) return;
-        buildRow(rows[size_t(order[size_t(i)])]);
+        OptionWidget* row = rows[size_t(order[size_t(i)])];
+        if (row->isBuilt()) continue;
+        buildRow(row);
+        if (i < visible_count) place(row, i);
         // Keys typed while the rest builds reach the editor at once.
         if (i % 5 == 4) QCoreApplication::processEvents();
     }
-    if (guard) fully_built = true;
+    if (!guard) return;
+    fully_built = true;
+    updateExposedLabels();
 }
 
 std::vector<OptionWidget*> OptionListWidget::visibleOptions() const {
@@ -219,6 +247,9 @@ void OptionListWidget::updateOptionList(const QString& prompt_string) {
     }
     order = std::move(ranking.order);
     visible_count = ranking.visible;
+    if (!fully_built)
+        for (int i = 0; i < std::min(kEagerRows, visible_count); ++i)
+            buildRow(rows[size_t(order[size_t(i)])]);
     relayout();
     if (selected_option) selected_option->setSelected(false, selected_style);
     selected_option = nullptr;
@@ -227,33 +258,44 @@ void OptionListWidget::updateOptionList(const QString& prompt_string) {
         select(0);
         verticalScrollBar()->setValue(0);
     }
-    if (!fully_built)
-        for (int i = 0; i < std::min(kEagerRows, visible_count); ++i)
-            buildRow(rows[size_t(order[size_t(i)])]);
+    // Fast typing renders the labels once, when it pauses.
+    label_timer.start();
     updateGeometry();
 }
 
+void OptionListWidget::place(OptionWidget* row, int position) {
+    const QRect target(0, position * row_height_, content->width(), row_height_);
+    if (row->geometry() != target) row->setGeometry(target);
+    if (row->isHidden()) row->show();
+}
+
 void OptionListWidget::relayout() {
-    // Moving items keeps the rows: nothing is built again.
+    // Rows are placed by hand: a filter moves and hides rows, and never makes
+    // one again. Rows not yet built join when the build reaches them.
+    content->resize(viewport()->width(), std::max(1, visible_count * row_height_));
     for (int i = 0; i < count(); ++i) {
         OptionWidget* row = rows[size_t(order[size_t(i)])];
-        QLayoutItem* at = layout->itemAt(i);
-        if (at && at->widget() == row) {
-            row->setVisible(i < visible_count);
-            continue;
-        }
-        layout->removeWidget(row);
-        layout->insertWidget(i, row);
-        row->setVisible(i < visible_count);
+        if (!row->isBuilt()) continue;
+        if (i < visible_count)
+            place(row, i);
+        else if (!row->isHidden())
+            row->hide();
     }
 }
 
+void OptionListWidget::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    relayout();
+}
 void OptionListWidget::select(int index) {
     if (index < 0 || index >= visible_count || index == selected_index) return;
     if (selected_option) selected_option->setSelected(false, selected_style);
     selected_index = index;
     selected_option = rows[size_t(order[size_t(index)])];
-    buildRow(selected_option);
+    if (!selected_option->isBuilt()) {
+        buildRow(selected_option);
+        place(selected_option, index);
+    }
     selected_option->setSelected(true, selected_style);
     // Only as far as needed to show the whole row.
     const int top = index * row_height_;
@@ -272,4 +314,8 @@ void OptionListWidget::moveSelection(int by) {
 
 QSize OptionListWidget::sizeHint() const {
     return {QScrollArea::sizeHint().width(), std::min(visible_count * row_height_, 300)};
+}
+
+QString OptionWidget::shownLabel() const {
+    return name_label ? name_label->text() : QString();
 }

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 
 #include <vector>
@@ -47,8 +48,10 @@ public:
     const OptionData& data() const { return data_; }
     bool isBuilt() const { return built; }
     void build(const LabelMarkup& markup);
-    // The label as it will read once the pending render runs.
+    // The label as it reads once the list renders it.
     const QString& labelText() const { return label_text; }
+    // The rendered label, as shown.
+    QString shownLabel() const;
     void setHighlights(std::vector<int> positions, const LabelMarkup& markup);
     bool isSelected() const { return selected; }
     void setSelected(bool on, const QString& selected_style);
@@ -71,7 +74,7 @@ private:
     QString label_text;
     QLabel* name_label = nullptr;
     bool built = false;
-    bool render_pending = false;
+    bool label_dirty = false;
     bool selected = false;
 };
 
@@ -113,13 +116,18 @@ signals:
 public slots:
     void updateOptionList(const QString& prompt_string);
     void fillListWidgets();
+    void updateExposedLabels();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void relayout();
+    void place(OptionWidget* row, int position);
+    // Joins the row to the list and builds its labels.
     void buildRow(OptionWidget* row);
 
     ListWidget* content = nullptr;
-    QVBoxLayout* layout = nullptr;
     std::vector<OptionWidget*> rows;
     std::vector<int> order; // shown order of rows; the first visible_count are shown
     QStringList names;
@@ -131,4 +139,5 @@ private:
     OptionWidget* selected_option = nullptr;
     LabelMarkup markup;
     QString selected_style;
+    QTimer label_timer;
 };

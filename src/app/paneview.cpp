@@ -139,6 +139,12 @@ bool PaneView::setCurrentTableView(TableView* view) {
         emit addContextSignal(TableOpen);
         emit addContextSignal(TableFocus);
     }
+    // Commands that act on the file itself (reload, rename...) follow
+    // whether this tab has one.
+    if (view->model()->file().fileName().isEmpty())
+        emit removeContextSignal(FileOnDisk);
+    else
+        emit addContextSignal(FileOnDisk);
 
     view->setContext(context);
     connectCurrent();

@@ -1,0 +1,303 @@
+#include "app/launcher.h"
+#include "app/mainwindow.h"
+#include "app/paneview.h"
+#include "commands/settings.h"
+#include "view/tablemodel.h"
+#include "view/tableview.h"
+
+#include <QFile>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+
+// The palette and the prompts, driven by key events on the launcher's editor
+// over a real window and its real command table.
+class TestLauncher : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+    static Launcher* launcherOf(MainWindow& w) { return w.paneView()->currentLauncher(); }
+    static void type(Launcher* l, const QString& text) { QTest::keyClicks(l->editor(), text); }
+    static void key(Launcher* l, int k, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        QTest::keyClick(l->editor(), Qt::Key(k), mods);
+    }
+    static QStringList shown(Launcher* l) {
+        QStringList names;
+        for (OptionWidget* row : l->optionList()->visibleOptions())
+            names << row->data().name;
+        return names;
+    }
+    static Launcher* palette(MainWindow& w) {
+        w.commandCommandLauncher();
+        return launcherOf(w);
+    }
+    // Answers the open question; the answered launcher goes on its next turn.
+    static void answer(MainWindow& w, const QString& text) {
+        Launcher* l = launcherOf(w);
+        QVERIFY(l);
+        l->editor()->clear();
+        type(l, text);
+        key(l, Qt::Key_Return);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QString csv(const QByteArray& bytes) {
+        const QString p = dir.filePath(QStringLiteral("t.csv"));
+        QFile f(p);
+        if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) f.write(bytes);
+        return p;
+    }
+
+private slots:
+    // Fuzzy order against the real table: the tightest match first, ties in
+    // the table's order, highlights on the matched letters; blanks in the
+    // query change nothing.
+    void paletteOrdersAndHighlights() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b\n1,2\n")));
+        Launcher* l = palette(w);
+        QVERIFY(l);
+        QCOMPARE(l->promptText(), QStringLiteral("Command:"));
+        const int all = l->optionList()->visibleCount();
+        QVERIFY2(all > 60, qPrintable(QString::number(all)));
+
+        type(l, QStringLiteral("go to cell"));
+        QStringList names = shown(l);
+        QCOMPARE(names.value(0), QStringLiteral("Go To: Go to Cell"));
+        OptionWidget* first = l->optionList()->visibleOptions().front();
+        // "go to cell" matches the category's "Go To" first, then ": Go"'s
+        // "to"... the first-occurrence path; every letter is highlighted.
+        QCOMPARE(int(first->highlights.size()), 8);
+        QVERIFY(first->labelText().contains(QStringLiteral("</span>")));
+        int previous = INT_MAX;
+        for (OptionWidget* row : l->optionList()->visibleOptions()) {
+            QVERIFY(row->score <= previous);
+            previous = row->score;
+        }
+        const QStringList spaced = names;
+        l->editor()->clear();
+        QCOMPARE(l->optionList()->visibleCount(), all);
+        type(l, QStringLiteral("gotocell"));
+        QCOMPARE(shown(l), spaced);
+
+        // Equal scores keep the table's (sorted) order.
+        l->editor()->clear();
+        type(l, QStringLiteral("Select Entire Row"));
+        names = shown(l);
+        QCOMPARE(names, (QStringList{QStringLiteral("Selection: Select Entire Row(s)"),
+                                     QStringLiteral("Selection: Select Entire Row(s) (Header "
+                                                    "Excluded)")}));
+        QCOMPARE(l->optionList()->visibleOptions()[0]->score,
+                 l->optionList()->visibleOptions()[1]->score);
+
+        // A leading blank is no query; nothing matching hides every row.
+        l->editor()->clear();
+        type(l, QStringLiteral(" "));
+        QCOMPARE(l->optionList()->visibleCount(), all);
+        type(l, QStringLiteral("qqqqzz"));
+        QCOMPARE(l->optionList()->visibleCount(), 0);
+        QCOMPARE(l->optionList()->selectedIndex(), -1);
+        QVERIFY(l->currentOptionResponse().isEmpty());
+    }
+
+    // Up and Down move by one and stop at the ends; the page keys by five.
+    void paletteKeys() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b\n1,2\n")));
+        Launcher* l = palette(w);
+        OptionListWidget* list = l->optionList();
+        QCOMPARE(list->selectedIndex(), 0);
+        key(l, Qt::Key_Up);
+        QCOMPARE(list->selectedIndex(), 0);
+        key(l, Qt::Key_Down);
+        key(l, Qt::Key_PageDown);
+        QCOMPARE(list->selectedIndex(), 6);
+        key(l, Qt::Key_PageUp);
+        QCOMPARE(list->selectedIndex(), 1);
+        type(l, QStringLiteral("tab ba")); // a short list: the page stops at its end
+        const int n = list->visibleCount();
+        QVERIFY(n > 1 && n < 6);
+        key(l, Qt::Key_PageDown);
+        QCOMPARE(list->selectedIndex(), n - 1);
+        key(l, Qt::Key_Down);
+        QCOMPARE(list->selectedIndex(), n - 1);
+    }
+
+    // Enter fires the selected row's action; the palette closes.
+    void enterFiresTheRow() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b\n1,2\n3,4\n")));
+        TableModel* m = w.currentView()->model();
+        QCOMPARE(m->numSelectedCells(), qint64(1));
+        Launcher* l = palette(w);
+        type(l, QStringLiteral("Selection: Select Entire Table"));
+        QCOMPARE(shown(l).value(0), QStringLiteral("Selection: Select Entire Table"));
+        key(l, Qt::Key_Return);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(m->numSelectedCells() > 1);
+        QVERIFY(!launcherOf(w));
+
+        // A row that asks something opens its question in the palette's place.
+        l = palette(w);
+        type(l, QStringLiteral("Go To: Go to Cell"));
+        key(l, Qt::Key_Return);
+        QVERIFY(launcherOf(w));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Go to Cell:"));
+        // Esc closes it; the table has its commands again.
+        QTest::keyClick(launcherOf(w)->editor(), Qt::Key_Escape);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!launcherOf(w));
+    }
+
+    // Each prompt takes what its parser takes; a bad answer asks again with
+    // the error in the guide and the answer kept for correcting.
+    void promptsAcceptAndReject() {
+        struct Case {
+            const char* name;
+            void (MainWindow::*command)();
+            QString answer;
+            QString error; // empty: accepted
+            std::function<bool(MainWindow&)> check;
+        };
+        auto model = [](MainWindow& w) { return w.currentView()->model(); };
+        const std::vector<Case> cases = {
+            {"cell, row and column",
+             &MainWindow::commandGoToCell,
+             "3 1",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->mainCell().row == 3 && model(w)->mainCell().col == 1;
+             }},
+            {"cell, words",
+             &MainWindow::commandGoToCell,
+             "c1 r2",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->mainCell().row == 2 && model(w)->mainCell().col == 1;
+             }},
+            {"cell, past the end",
+             &MainWindow::commandGoToCell,
+             "100000",
+             {},
+             [&](MainWindow& w) { return model(w)->mainCell().row == model(w)->rowCount() - 1; }},
+            {"cell, no number",
+             &MainWindow::commandGoToCell,
+             "here",
+             "Must input a cell address, a row or a column.",
+             {}},
+            {"text size",
+             &MainWindow::commandSetTextSize,
+             "15",
+             {},
+             [](MainWindow& w) { return w.currentSettings().integer(SettingId::TextSize) == 15; }},
+            {"text size zero",
+             &MainWindow::commandSetTextSize,
+             "0",
+             "Must be a whole number 1 or greater.",
+             {}},
+            {"read-only size zero",
+             &MainWindow::commandSetMinFileSizeReadOnlyModeQueryMb,
+             "0",
+             {},
+             [](MainWindow& w) { return w.read_only_query_mb == 0; }},
+            {"read-only size negative",
+             &MainWindow::commandSetMinFileSizeReadOnlyModeQueryMb,
+             "-1",
+             "Must be a whole number 0 or greater.",
+             {}},
+            {"first row index negative",
+             &MainWindow::commandSetFirstRowIndex,
+             "-2",
+             {},
+             [&](MainWindow& w) { return model(w)->firstRowIndex() == -2; }},
+            {"header rows words",
+             &MainWindow::commandSetNumberOfHeaderRows,
+             "two",
+             "Must be a whole number 0 or greater.",
+             {}},
+            {"behaviour",
+             &MainWindow::commandSetBehaviorWhenFileIsChangedExternally,
+             "Ign",
+             {},
+             [](MainWindow& w) { return w.refresh_behavior == IgnoreChange; }},
+            {"save delimiter",
+             &MainWindow::commandSetDelimiterForFileSave,
+             "semi",
+             {},
+             [&](MainWindow& w) { return model(w)->delimiterSave() == u";"; }},
+            {"save delimiter typed",
+             &MainWindow::commandSetDelimiterForFileSave,
+             "#",
+             {},
+             [&](MainWindow& w) { return model(w)->delimiterSave() == u"#"; }},
+            {"save delimiter two characters",
+             &MainWindow::commandSetDelimiterForFileSave,
+             "##",
+             "Must be a single character, \"tab\", \"space\" or \"(none)\".",
+             {}},
+            {"save encoding",
+             &MainWindow::commandSetEncodingForFileSave,
+             "UTF-16LE",
+             {},
+             [&](MainWindow& w) { return model(w)->encoding() == Utf16LE; }},
+            {"save encoding unknown",
+             &MainWindow::commandSetEncodingForFileSave,
+             "klingon",
+             "Unknown encoding.",
+             {}},
+        };
+        for (const Case& c : cases) {
+            MainWindow w;
+            QVERIFY(w.openFile(csv("a,b\n1,2\n3,4\n5,6\n")));
+            (w.*c.command)();
+            Launcher* asked = launcherOf(w);
+            QVERIFY2(asked, c.name);
+            const QString prompt = asked->promptText();
+            answer(w, c.answer);
+            if (c.error.isEmpty()) {
+                QVERIFY2(!launcherOf(w), c.name);
+                QVERIFY2(c.check(w), c.name);
+            } else {
+                Launcher* again = launcherOf(w);
+                QVERIFY2(again && again != asked, c.name);
+                QCOMPARE(again->promptText(), prompt);
+                QVERIFY2(again->guideText().contains(c.error.toHtmlEscaped()) ||
+                             again->guideText().contains(c.error),
+                         c.name);
+                QCOMPARE(again->editor()->text(), c.answer);
+            }
+        }
+    }
+
+    // A chain keeps its answered steps above the question; going back asks
+    // the last one again, and the values reach the table at the end.
+    void chainGoesBackAndFinishes() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b\n1,2\n")));
+        w.commandSetParametersForFileSave();
+        answer(w, QStringLiteral("pipe"));
+        answer(w, QStringLiteral("Windows"));
+        PaneView* pane = w.paneView();
+        QCOMPARE(pane->prevOptions().size(), size_t(2));
+        QCOMPARE(pane->prevOptions()[1]->promptText(),
+                 QStringLiteral("Line Ending for File Save:"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Encoding for File Save:"));
+        key(launcherOf(w), Qt::Key_Minus, Qt::ControlModifier);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(pane->prevOptions().size(), size_t(1));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Line Ending for File Save:"));
+        answer(w, QStringLiteral("Unix"));
+        answer(w, QStringLiteral("UTF-8"));
+        answer(w, QStringLiteral("RFC 4180"));
+        QVERIFY(!launcherOf(w));
+        QVERIFY(pane->prevOptions().empty());
+        TableModel* m = w.currentView()->model();
+        QCOMPARE(m->delimiterSave(), QStringLiteral("|"));
+        QCOMPARE(m->lineEnding(), UnixLineEnding);
+    }
+};
+
+QTEST_MAIN(TestLauncher)
+#include "tst_launcher.moc"
