@@ -74,6 +74,12 @@ PaneView::~PaneView() {
     // handlers must not reach a half-destroyed pane.
     for (TableView* view : tableViews())
         disconnect(view, nullptr, this, nullptr);
+    // Launchers (the one installed and answered ones not yet deleted) and
+    // the strip go with the pane too.
+    for (Launcher* l : findChildren<Launcher*>(Qt::FindDirectChildrenOnly))
+        disconnect(l, nullptr, this, nullptr);
+    for (PrevOptionWidget* strip : findChildren<PrevOptionWidget*>(Qt::FindDirectChildrenOnly))
+        disconnect(strip, nullptr, this, nullptr);
 }
 
 void PaneView::addTableView(TableView* view) {
