@@ -239,6 +239,32 @@ public slots:
     void commandSetNumberOfHeaderColumns();
     void commandSetMaximumRowHeightForAutoFit();
     void commandSetMaximumColumnWidthForAutoFit();
+    // Between tabs and screens, and the file's location (mainwindow_goto.cpp).
+    void commandGoToFile();
+    void commandSwitchToTabOnTheRight();
+    void commandSwitchToTabOnTheLeft();
+    void commandSwitchToTab1();
+    void commandSwitchToTab2();
+    void commandSwitchToTab3();
+    void commandSwitchToTab4();
+    void commandSwitchToTab5();
+    void commandSwitchToTab6();
+    void commandSwitchToTab7();
+    void commandSwitchToTab8();
+    void commandSwitchToTab9();
+    void commandSwitchToTab10();
+    void commandScrollUpOneScreen();
+    void commandScrollDownOneScreen();
+    void commandScrollLeftOneScreen();
+    void commandScrollRightOneScreen();
+    void commandScrollToTop();
+    void commandScrollToBottom();
+    void commandScrollToFarLeft();
+    void commandScrollToFarRight();
+    void commandCloseAllFilesExceptCurrent();
+    void commandCopyFilePathToClipboard();
+    void commandCopyFolderPathToClipboard();
+    void commandCopyFileNameToClipboard();
 
 public:
     // One question of a launcher. `accept` takes the answer and gives an
@@ -285,6 +311,9 @@ private:
     void onSaveLineEndingPrompt(const QString& delimiter);
     void onSaveEncodingPrompt(const QString& delimiter, LineEndingType ending);
     void pushOnCurrent(const std::function<TableUndoCommand*(TableModel*)>& make);
+    void switchToTab(int index);
+    // 0: the path, 1: the folder, 2: the name.
+    void copyFileLocation(int part);
     void saveDialect(const QString& delimiter, LineEndingType ending, EncodingType encoding,
                      ParsingStandard standard);
 

@@ -271,6 +271,31 @@ private slots:
         }
     }
 
+    // Go to File offers the open tabs by name; the tab keys cycle.
+    void goToFileAndTabs() {
+        MainWindow w;
+        const QString a = csv("1\n");
+        const QString b = dir.filePath(QStringLiteral("other.csv"));
+        QFile f(b);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("2\n");
+        f.close();
+        QVERIFY(w.openFiles({a, b}));
+        w.setCurrentView(w.viewForPath(a));
+        w.commandGoToFile();
+        QCOMPARE(shown(launcherOf(w)), (QStringList{"t.csv", "other.csv"}));
+        answer(w, QStringLiteral("oth"));
+        QCOMPARE(w.currentView(), w.viewForPath(b));
+        w.commandSwitchToTabOnTheRight();
+        QCOMPARE(w.currentView(), w.viewForPath(a));
+        w.commandSwitchToTabOnTheLeft();
+        QCOMPARE(w.currentView(), w.viewForPath(b));
+        w.commandSwitchToTab1();
+        QCOMPARE(w.currentView(), w.viewForPath(a));
+        w.commandSwitchToTab9(); // no ninth tab: nothing moves
+        QCOMPARE(w.currentView(), w.viewForPath(a));
+    }
+
     // A chain keeps its answered steps above the question; going back asks
     // the last one again, and the values reach the table at the end.
     void chainGoesBackAndFinishes() {
