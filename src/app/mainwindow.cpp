@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "app/filemetadatawidget.h"
+#include "app/findreplacewidget.h"
 #include "app/paneview.h"
 #include "app/sidebar.h"
 #include "app/statusbar.h"
@@ -84,6 +85,7 @@ void MainWindow::buildLayout() {
     right_layout->setSpacing(0);
     right_layout->addWidget(tab_bar);
     right_layout->addWidget(pane_view, 1);
+    buildFindBar(right_layout);
 
     metadata = new FileMetadataWidget(this);
     status_bar = new StatusBar(this);
@@ -106,6 +108,10 @@ void MainWindow::buildLayout() {
             &StatusBar::setTableView);
     connect(pane_view, &PaneView::currentTableViewChangedSignal, metadata,
             &FileMetadataWidget::setTableView);
+    // Another tab has other cells: the find bar closes.
+    connect(pane_view, &PaneView::currentTableViewChangedSignal, this, [this] {
+        if (find_bar && find_bar->isVisible()) closeFindReplace();
+    });
     connect(pane_view, &PaneView::loadFinishedSignal, this, [this](TableView* v) {
         if (v == currentView()) {
             status_bar->refresh();
@@ -218,6 +224,7 @@ void MainWindow::applyTheme(const Theme& value) {
     close_button->setColors(glyph, QColor(0xe8, 0x11, 0x23), Qt::white);
     for (TableView* v : table_views)
         v->setTheme(theme);
+    if (find_bar) find_bar->setTheme(theme);
 }
 
 TableView* MainWindow::currentView() const {
@@ -275,6 +282,7 @@ void MainWindow::connectView(TableView* view) {
     view->setTheme(theme);
     applySettingsTo(view, true);
     connect(view, &TableView::saveStartedSignal, this, &MainWindow::onSaveStarted);
+    connect(view, &TableView::noMatchSignal, this, &MainWindow::onNoMatch);
     connect(view, &TableView::saveFinishedSignal, this, &MainWindow::onSaveFinished);
     connect(view->model(), &TableModel::loadFailedSignal, this, [this, view] {
         const QString path = view->model()->file().fileName();

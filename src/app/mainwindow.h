@@ -3,7 +3,9 @@
 #include "commands/refreshbehavior.h"
 #include "data/dialect.h"
 #include "data/extensiondata.h"
+#include "edit/findreplacequery.h"
 #include "view/context.h"
+#include "view/range.h"
 #include "view/theme.h"
 
 #include "app/optionlistwidget.h"
@@ -17,6 +19,9 @@
 #include <vector>
 
 class FileMetadataWidget;
+class FindReplaceWidget;
+class FindResultsWidget;
+class QLayout;
 class CommandTable;
 class PreferenceFiles;
 class Settings;
@@ -265,6 +270,21 @@ public slots:
     void commandCopyFilePathToClipboard();
     void commandCopyFolderPathToClipboard();
     void commandCopyFileNameToClipboard();
+    // The find bar (mainwindow_find.cpp).
+    void commandFindPrompt();
+    void commandReplacePrompt();
+    void commandFindNextMatch();
+    void commandFindPrevMatch();
+    void commandFindAllMatches();
+    void commandReplaceNextMatch();
+    void commandReplacePreviousMatch();
+    void commandReplaceAllMatches();
+    void commandSelectAllMatches();
+    void commandAddNextMatchToSelection();
+    void onFindReplaceEdited(FindReplaceQuery query);
+    void closeFindReplace();
+    void onNoMatch(const QString& find_str);
+    void onFindAllResultSelected(Range cell);
 
 public:
     // One question of a launcher. `accept` takes the answer and gives an
@@ -312,6 +332,9 @@ private:
     void onSaveEncodingPrompt(const QString& delimiter, LineEndingType ending);
     void pushOnCurrent(const std::function<TableUndoCommand*(TableModel*)>& make);
     void switchToTab(int index);
+    void buildFindBar(QLayout* under_tables);
+    void openFindBar(bool replace);
+    FindReplaceQuery barQuery() const;
     // 0: the path, 1: the folder, 2: the name.
     void copyFileLocation(int part);
     void saveDialect(const QString& delimiter, LineEndingType ending, EncodingType encoding,
@@ -355,6 +378,9 @@ private:
     PaneView* pane_view = nullptr;
     FileMetadataWidget* metadata = nullptr;
     StatusBar* status_bar = nullptr;
+    FindReplaceWidget* find_bar = nullptr;
+    FindResultsWidget* find_results = nullptr;
+    RangeVector find_all_cells;
 
     std::vector<TableView*> table_views; // in tab order
     QFileSystemWatcher file_watcher;

@@ -150,6 +150,11 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
         event->accept();
         return;
     }
+    if (event->key() == Qt::Key_Escape && (context & FindPanelOpen)) {
+        closeFindReplace();
+        event->accept();
+        return;
+    }
     QWidget::keyPressEvent(event);
 }
 

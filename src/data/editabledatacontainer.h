@@ -77,6 +77,10 @@ public:
     // `want_filled` false); `limit + step` when there is none.
     int findInColumn(int column, int from, int step, int limit, bool want_filled) const;
     int storedRowCount() const { return rows.size(); }
+    // All of a stored row's cell bytes back to back.
+    QByteArrayView rowData(int row) const {
+        return row >= 0 && row < rows.size() ? rows[row].data() : QByteArrayView();
+    }
     // Every stored column's fill bits as the last load found them (entry c
     // for column c), made while the rows were stored. Handed over once;
     // empty after a failed load and after the first call.

@@ -91,6 +91,13 @@ public:
         }
     }
     size_t cellSize(int i) const noexcept { return size_t(cell(i).size()); }
+    // Every cell's bytes back to back, with no separator: a search can pass
+    // over a row that lacks a text without looking at its cells.
+    QByteArrayView data() const noexcept {
+        if (!block_) return {};
+        return QByteArrayView(reinterpret_cast<const char*>(block_ + headerBytes()),
+                              qsizetype(field(1)));
+    }
     bool isEmptyAt(int i) const noexcept { return i >= size() || cell(i).isEmpty(); }
 
     bool hasMarks() const noexcept { return block_ && (block_[0] & kMarksFlag); }

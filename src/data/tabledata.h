@@ -86,6 +86,14 @@ public:
     int blockTarget(int raw_row, int raw_column, int direction) const;
     bool isRawCellEmpty(int raw_row, int raw_column) const;
 
+    // False only when no cell of the raw row can hold `needle`: the row's
+    // bytes lack it (compared ASCII-lower-cased with `fold_case`). True
+    // wherever the bytes can't tell: other encodings, read-only or
+    // transposed tables. Safe to call from several threads at once while
+    // nothing writes.
+    bool rawRowMayContain(int raw_row, QByteArrayView needle, bool fold_case) const;
+    // Whether cells decode without shared state, so threads may read them.
+    bool decodesWithoutCodec() const { return encoding == Utf8 || encoding == Iso8859_1; }
     int rawRowFromModel(int model_row, bool no_swap = false) const;
     int rawColumnFromModel(int model_column, bool no_swap = false) const;
     int modelRowFromRaw(int raw_row, bool nearest = false, bool no_swap = false) const;

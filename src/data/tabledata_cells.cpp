@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <thread>
 
 namespace {
@@ -183,4 +184,28 @@ void TableData::refreshFillBits(int r0, int r1, int c0, int c1) {
         for (int r = r0; r <= r1; ++r)
             fillbits::set(bits->second, r, !editable->cellView(r, c).isEmpty());
     }
+}
+
+bool TableData::rawRowMayContain(int raw_row, QByteArrayView needle, bool fold_case) const {
+    if (needle.isEmpty() || transposed || loading || container_kind == ReadOnlyKind) return true;
+    // Latin-1 bytes equal the text only for ASCII; UTF-8 bytes always do.
+    if (encoding != Utf8) {
+        if (encoding != Iso8859_1) return true;
+        for (char c : needle)
+            if (uchar(c) >= 128) return true;
+    }
+    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+    const QByteArrayView row = editable->rowData(raw_row);
+    if (row.size() < needle.size()) return false;
+    if (!fold_case)
+        return memmem(row.data(), size_t(row.size()), needle.data(), size_t(needle.size())) !=
+               nullptr;
+    thread_local QByteArray lowered;
+    lowered.resize(row.size());
+    char* out = lowered.data();
+    for (qsizetype i = 0; i < row.size(); ++i) {
+        const char c = row[i];
+        out[i] = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
+    }
+    return memmem(out, size_t(row.size()), needle.data(), size_t(needle.size())) != nullptr;
 }

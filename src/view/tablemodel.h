@@ -24,6 +24,7 @@
 #include <vector>
 
 class QMimeData;
+class FindMatcher;
 class TableModelWorker;
 
 // Which line a sort last ran on and how; it decides the arrows in the labels.
@@ -214,6 +215,18 @@ public:
     // "Add Next Match to Selection" with the find bar closed: the main cell's
     // text is the query. With `query`, the bar's own query is used.
     bool addNextMatch(const FindReplaceQuery* query);
+
+    // ---- Find and replace (tablemodel_find.cpp) ----
+    // The next cell as shown after `from` (before, `backwards`) whose text
+    // matches, wrapping at the ends; the start cell is tried last.
+    bool findNext(const FindReplaceQuery& query, Range from, bool backwards, Range& found) const;
+    // Every matching cell as shown, in reading order, in model coordinates.
+    RangeVector findAll(const FindReplaceQuery& query) const;
+    // The highlighted matches of the given model area, from the model's query.
+    void updateFindMatches(int first_row, int last_row, int first_col, int last_col);
+    // Each cell's text after replacement, for the cells that change.
+    RangeVector replacedCells(const FindReplaceQuery& query, const RangeVector& cells) const;
+    QString cellText(int model_row, int model_col) const;
     const FindReplaceQuery& findQuery() const { return find_query; }
 
     void updateStatusBarStats();
@@ -345,6 +358,9 @@ public slots:
     void onIsColumnAllNumbersFinished(bool completed);
 
 private:
+    bool rowMayMatch(const FindMatcher& matcher, int model_row) const;
+    void findInRows(const FindMatcher& matcher, int first_row, int last_row,
+                    RangeVector& out) const;
     bool isHeaderCell(int row, int col) const {
         return (highlight_header_rows && row < num_header_rows) ||
                (highlight_header_cols && col < num_header_cols);

@@ -33,6 +33,13 @@ TableView::TableView(bool read_only, QWidget* parent) : AbstractTableView(parent
     setItemDelegate(delegate);
     undo_stack = new QUndoStack(this);
     connect(undo_stack, &QUndoStack::cleanChanged, this, &TableView::onUndoStackCleanChanged);
+    // Highlighted matches follow what is in view and every change of data.
+    auto refresh_matches = [this] {
+        if (table_model && table_model->findQuery().highlight_matches) refreshFindMatches();
+    };
+    connect(undo_stack, &QUndoStack::indexChanged, this, refresh_matches);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, refresh_matches);
+    connect(horizontalScrollBar(), &QScrollBar::valueChanged, this, refresh_matches);
     connect(delegate, &TableDelegate::editorCreatedSignal, this, &TableView::onCellEditorCreated);
     connect(delegate, &TableDelegate::textEditedSignal, this, &TableView::onCellTextEdited);
     connect(delegate, &TableDelegate::stopEditingSignal, this,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/dialect.h"
+#include "edit/findreplacequery.h"
 #include "view/abstracttableview.h"
 #include "view/theme.h"
 
@@ -82,6 +83,20 @@ public:
     QWidget* cellEditor() const { return editor; }
     TableDelegate* tableDelegate() const { return delegate; }
 
+    // ---- Find and replace (tableview_find.cpp) ----
+    // Moves the main cell to the next (previous) match; noMatchSignal when
+    // there is none.
+    bool findMatch(const FindReplaceQuery& query, bool backwards);
+    RangeVector findAllMatches(const FindReplaceQuery& query);
+    // Replaces in the main cell when it matches, then moves on as find does.
+    bool replaceMatch(const FindReplaceQuery& query, bool backwards);
+    // One undo step; the number of cells changed.
+    int replaceAllMatches(const FindReplaceQuery& query);
+    bool selectAllMatches(const FindReplaceQuery& query);
+    // The query whose matches are highlighted (when it asks for that).
+    void setFindQuery(const FindReplaceQuery& query);
+    void refreshFindMatches();
+
     // The width auto-fit gives a column: five measured strings at most,
     // from at most 100 + eval_precision sampled rows.
     int autoFitWidth(int col, int eval_precision) const;
@@ -98,6 +113,7 @@ signals:
     void tableSizeChangedSignal(int num_raw_rows, int num_raw_cols, int num_model_rows,
                                 int num_model_cols);
     void updateStatusBarSignal();
+    void noMatchSignal(QString find_str);
     void selectionSizeChangedSignal(RangeSize selection_size);
     void tableViewDestroyedSignal();
     void mainCellLengthChangedSignal(int length);
