@@ -7,7 +7,7 @@
 
 bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
-           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0;
+           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 || std::strcmp(command, "find") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -19,5 +19,6 @@ int benchGui(int argc, char** argv) {
     if (command == "view") return benchView(args);
     if (command == "type") return benchType(args);
     if (command == "launcher") return benchLauncher(args);
+    if (command == "find") return benchFind(args);
     return 2;
 }

@@ -59,7 +59,8 @@ int usage() {
                          "       gridmere-bench model FILE\n"
                          "       gridmere-bench view FILE [--frames N]\n"
                          "       gridmere-bench type FILE [--column C]\n"
-                         "       gridmere-bench launcher [--runs N]\n");
+                         "       gridmere-bench launcher [--runs N]\n"
+                         "       gridmere-bench find FILE [--word W] [--runs N]\n");
     return 2;
 }
 

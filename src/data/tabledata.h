@@ -92,6 +92,9 @@ public:
     // transposed tables. Safe to call from several threads at once while
     // nothing writes.
     bool rawRowMayContain(int raw_row, QByteArrayView needle, bool fold_case) const;
+    // The same for one cell.
+    bool rawCellMayContain(int raw_row, int raw_column, QByteArrayView needle,
+                           bool fold_case) const;
     // Whether cells decode without shared state, so threads may read them.
     bool decodesWithoutCodec() const { return encoding == Utf8 || encoding == Iso8859_1; }
     int rawRowFromModel(int model_row, bool no_swap = false) const;
@@ -153,6 +156,8 @@ public slots:
     void onSortRowsEditableFinished(bool completed);
 
 private:
+    // Whether a raw byte search for `needle` decides what a text search would.
+    bool bytesSearchable(QByteArrayView needle) const;
     // Row and column as the container stores them.
     bool setStoredCell(int row, int column, const QString& text);
     // Which rows of a stored column hold text, one bit a row, so that block

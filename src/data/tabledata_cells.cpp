@@ -186,26 +186,44 @@ void TableData::refreshFillBits(int r0, int r1, int c0, int c1) {
     }
 }
 
-bool TableData::rawRowMayContain(int raw_row, QByteArrayView needle, bool fold_case) const {
-    if (needle.isEmpty() || transposed || loading || container_kind == ReadOnlyKind) return true;
-    // Latin-1 bytes equal the text only for ASCII; UTF-8 bytes always do.
-    if (encoding != Utf8) {
-        if (encoding != Iso8859_1) return true;
-        for (char c : needle)
-            if (uchar(c) >= 128) return true;
-    }
-    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
-    const QByteArrayView row = editable->rowData(raw_row);
-    if (row.size() < needle.size()) return false;
+namespace {
+
+bool bytesContain(QByteArrayView hay, QByteArrayView needle, bool fold_case) {
+    if (hay.size() < needle.size()) return false;
     if (!fold_case)
-        return memmem(row.data(), size_t(row.size()), needle.data(), size_t(needle.size())) !=
+        return memmem(hay.data(), size_t(hay.size()), needle.data(), size_t(needle.size())) !=
                nullptr;
     thread_local QByteArray lowered;
-    lowered.resize(row.size());
+    if (lowered.size() < hay.size()) lowered.resize(hay.size());
     char* out = lowered.data();
-    for (qsizetype i = 0; i < row.size(); ++i) {
-        const char c = row[i];
+    for (qsizetype i = 0; i < hay.size(); ++i) {
+        const char c = hay[i];
         out[i] = (c >= 'A' && c <= 'Z') ? char(c + 32) : c;
     }
-    return memmem(out, size_t(row.size()), needle.data(), size_t(needle.size())) != nullptr;
+    return memmem(out, size_t(hay.size()), needle.data(), size_t(needle.size())) != nullptr;
+}
+
+} // namespace
+
+bool TableData::bytesSearchable(QByteArrayView needle) const {
+    if (needle.isEmpty() || transposed || loading || container_kind == ReadOnlyKind) return false;
+    // Latin-1 bytes equal the text only for ASCII; UTF-8 bytes always do.
+    if (encoding == Utf8) return true;
+    if (encoding != Iso8859_1) return false;
+    for (char c : needle)
+        if (uchar(c) >= 128) return false;
+    return true;
+}
+
+bool TableData::rawRowMayContain(int raw_row, QByteArrayView needle, bool fold_case) const {
+    if (!bytesSearchable(needle)) return true;
+    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+    return bytesContain(editable->rowData(raw_row), needle, fold_case);
+}
+
+bool TableData::rawCellMayContain(int raw_row, int raw_column, QByteArrayView needle,
+                                  bool fold_case) const {
+    if (!bytesSearchable(needle)) return true;
+    const auto* editable = static_cast<const EditableDataContainer*>(container.get());
+    return bytesContain(editable->cellView(raw_row, raw_column), needle, fold_case);
 }

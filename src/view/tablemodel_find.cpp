@@ -30,10 +30,17 @@ void TableModel::findInRows(const FindMatcher& matcher, int first_row, int last_
                             RangeVector& out) const {
     const int cols = table_data.numModelColumns();
     const bool in_selection = matcher.query().in_selected_cells;
+    const QByteArray& needle = matcher.prefilter();
     for (int r = first_row; r <= last_row; ++r) {
         if (!rowMayMatch(matcher, r)) continue;
+        const int raw_row = table_data.rawRowFromModel(r);
         for (int c = 0; c < cols; ++c) {
             if (in_selection && !isCellSelected(r, c)) continue;
+            // Only cells that hold the bytes are decoded.
+            if (!needle.isEmpty() &&
+                !table_data.rawCellMayContain(raw_row, table_data.rawColumnFromModel(c), needle,
+                                              matcher.foldsCase()))
+                continue;
             if (matcher.findInText(cellText(r, c))) out.emplace_back(r, c, Range::Model);
         }
     }
