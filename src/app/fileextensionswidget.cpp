@@ -1,9 +1,11 @@
 #include "app/fileextensionswidget.h"
 
+#include "app/tablecell.h"
 #include "commands/preferencefiles.h"
 #include "data/fileparameters.h"
 #include "widgets/lineedit.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -72,7 +74,6 @@ ExtensionData genericRow(const QString& extension) {
 
 QComboBox* makeCombo(QWidget* parent) {
     auto* combo = new QComboBox(parent);
-    // Encoding names are long; the list pops out as wide as they need.
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     combo->setMinimumContentsLength(6);
     return combo;
@@ -91,6 +92,9 @@ QComboBox* makeDelimiterCombo(QWidget* parent) {
     combo->addItem(QStringLiteral("Unit Separator"), kUnitSeparator);
     combo->addItem(QStringLiteral("ASCII Separated Values"), kUnitSeparator);
     combo->setItemData(combo->count() - 1, true, kAsciiRole);
+    // The whole list at once, each name in full.
+    combo->setMaxVisibleItems(combo->count());
+    combo->view()->setMinimumWidth(combo->view()->sizeHintForColumn(0) + 12);
     return combo;
 }
 
@@ -109,6 +113,7 @@ void showDelimiter(QComboBox* combo, const QString& delimiter, bool ascii) {
         combo->setCurrentIndex(-1);
         combo->setEditText(canonical);
     }
+    combo->lineEdit()->setCursorPosition(0);
     combo->setProperty("valid", combo->currentText());
 }
 
@@ -135,17 +140,19 @@ FileExtensionsWidget::FileExtensionsWidget(const std::vector<ExtensionData>& ext
     table_->setFocusPolicy(Qt::NoFocus);
     table_->setShowGrid(false);
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(34);
+    table_->verticalHeader()->setDefaultSectionSize(36);
     QHeaderView* header = table_->horizontalHeader();
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setSectionResizeMode(QHeaderView::Fixed);
     header->setSectionResizeMode(EncodingColumn, QHeaderView::Stretch);
-    table_->setColumnWidth(ExtensionColumn, 90);
-    table_->setColumnWidth(DelimiterColumn, 150);
-    table_->setColumnWidth(LineEndingColumn, 140);
-    table_->setColumnWidth(StandardColumn, 150);
-    table_->setColumnWidth(DefaultColumn, 74);
-    table_->setColumnWidth(ClearColumn, 64);
+    // Encoding takes what is left: its names are long, and its list pops
+    // out as wide as they need.
+    table_->setColumnWidth(ExtensionColumn, 76);
+    table_->setColumnWidth(DelimiterColumn, 168);
+    table_->setColumnWidth(LineEndingColumn, 138);
+    table_->setColumnWidth(StandardColumn, 172);
+    table_->setColumnWidth(DefaultColumn, 72);
+    table_->setColumnWidth(ClearColumn, 60);
 
     delimiter_error_label =
         new QLabel(QStringLiteral("The delimiter is limited to one ASCII character."), this);
@@ -180,7 +187,7 @@ void FileExtensionsWidget::appendRow(const ExtensionData& data) {
         keepBlankRowAtEnd();
         edited();
     });
-    table_->setCellWidget(row, ExtensionColumn, extension);
+    table_->setCellWidget(row, ExtensionColumn, paddedCell(extension, table_));
 
     QComboBox* delimiter = makeDelimiterCombo(table_);
     connect(delimiter, &QComboBox::editTextChanged, this, &FileExtensionsWidget::edited);
@@ -208,8 +215,11 @@ void FileExtensionsWidget::appendRow(const ExtensionData& data) {
         }
     });
     connect(delimiter->lineEdit(), &QLineEdit::textEdited, delimiter_error_label, &QWidget::hide);
-    connect(delimiter, &QComboBox::activated, delimiter_error_label, &QWidget::hide);
-    table_->setCellWidget(row, DelimiterColumn, delimiter);
+    connect(delimiter, &QComboBox::activated, this, [this, delimiter] {
+        delimiter_error_label->hide();
+        delimiter->lineEdit()->setCursorPosition(0); // a long name shows its start
+    });
+    table_->setCellWidget(row, DelimiterColumn, paddedCell(delimiter, table_));
 
     QComboBox* line_ending = makeCombo(table_);
     const QStringList line_ending_names = lineEndingListNames();
@@ -217,17 +227,17 @@ void FileExtensionsWidget::appendRow(const ExtensionData& data) {
                                       RecordSeparatorLineEnding};
     for (int i = 0; i < line_ending_names.size() && i < 4; ++i)
         line_ending->addItem(line_ending_names[i], line_ending_values[i]);
-    table_->setCellWidget(row, LineEndingColumn, line_ending);
+    table_->setCellWidget(row, LineEndingColumn, paddedCell(line_ending, table_));
 
     QComboBox* encoding = makeCombo(table_);
     for (EncodingType e : encodingListOrder())
         encoding->addItem(encodingDisplayName(e), int(e));
-    table_->setCellWidget(row, EncodingColumn, encoding);
+    table_->setCellWidget(row, EncodingColumn, paddedCell(encoding, table_));
 
     QComboBox* standard = makeCombo(table_);
     for (ParsingStandard s : parsingStandardListOrder())
         standard->addItem(parsingStandardName(s), int(s));
-    table_->setCellWidget(row, StandardColumn, standard);
+    table_->setCellWidget(row, StandardColumn, paddedCell(standard, table_));
 
     for (QComboBox* combo : {line_ending, encoding, standard})
         connect(combo, &QComboBox::currentIndexChanged, this, &FileExtensionsWidget::edited);
@@ -235,10 +245,10 @@ void FileExtensionsWidget::appendRow(const ExtensionData& data) {
     auto* default_button = new QPushButton(QStringLiteral("Default"), table_);
     connect(default_button, &QPushButton::clicked, this,
             &FileExtensionsWidget::onDefaultButtonClicked);
-    table_->setCellWidget(row, DefaultColumn, default_button);
+    table_->setCellWidget(row, DefaultColumn, paddedCell(default_button, table_));
     auto* clear_button = new QPushButton(QStringLiteral("Clear"), table_);
     connect(clear_button, &QPushButton::clicked, this, &FileExtensionsWidget::onClearButtonClicked);
-    table_->setCellWidget(row, ClearColumn, clear_button);
+    table_->setCellWidget(row, ClearColumn, paddedCell(clear_button, table_));
 
     showRow(row, data);
 }
@@ -321,42 +331,42 @@ int FileExtensionsWidget::rowCount() const {
 }
 
 QLineEdit* FileExtensionsWidget::extensionEdit(int row) const {
-    return qobject_cast<QLineEdit*>(table_->cellWidget(row, ExtensionColumn));
+    return cellContent<QLineEdit>(table_, row, ExtensionColumn);
 }
 
 QComboBox* FileExtensionsWidget::delimiterCombo(int row) const {
-    return qobject_cast<QComboBox*>(table_->cellWidget(row, DelimiterColumn));
+    return cellContent<QComboBox>(table_, row, DelimiterColumn);
 }
 
 QComboBox* FileExtensionsWidget::lineEndingCombo(int row) const {
-    return qobject_cast<QComboBox*>(table_->cellWidget(row, LineEndingColumn));
+    return cellContent<QComboBox>(table_, row, LineEndingColumn);
 }
 
 QComboBox* FileExtensionsWidget::encodingCombo(int row) const {
-    return qobject_cast<QComboBox*>(table_->cellWidget(row, EncodingColumn));
+    return cellContent<QComboBox>(table_, row, EncodingColumn);
 }
 
 QComboBox* FileExtensionsWidget::parsingStandardCombo(int row) const {
-    return qobject_cast<QComboBox*>(table_->cellWidget(row, StandardColumn));
+    return cellContent<QComboBox>(table_, row, StandardColumn);
 }
 
 QPushButton* FileExtensionsWidget::defaultButton(int row) const {
-    return qobject_cast<QPushButton*>(table_->cellWidget(row, DefaultColumn));
+    return cellContent<QPushButton>(table_, row, DefaultColumn);
 }
 
 QPushButton* FileExtensionsWidget::clearButton(int row) const {
-    return qobject_cast<QPushButton*>(table_->cellWidget(row, ClearColumn));
+    return cellContent<QPushButton>(table_, row, ClearColumn);
 }
 
 int FileExtensionsWidget::rowOfSender() const {
-    const QObject* origin = sender();
-    // The delimiter's line edit speaks for its combo.
-    if (origin && qobject_cast<const QLineEdit*>(origin) &&
-        qobject_cast<const QComboBox*>(origin->parent()))
-        origin = origin->parent();
+    // Also the line edit inside the delimiter's combo.
+    const auto* origin = qobject_cast<const QWidget*>(sender());
+    if (!origin) return -1;
     for (int row = 0; row < table_->rowCount(); ++row)
         for (int col = 0; col < ColumnCount; ++col)
-            if (table_->cellWidget(row, col) == origin) return row;
+            if (const QWidget* cell = table_->cellWidget(row, col);
+                cell && cell->isAncestorOf(origin))
+                return row;
     return -1;
 }
 
