@@ -61,6 +61,8 @@ SettingsWidget::SettingsWidget(const Settings& settings, QWidget* parent)
     auto* scroll = new QScrollArea(this);
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // A search that leaves few rows must not shift the editors sideways.
+    scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     auto* body = new ListWidget(scroll);
     scroll->setWidget(body);
     auto* body_layout = new QVBoxLayout(body);
@@ -347,22 +349,28 @@ void SettingsWidget::onRestoreDefaultsClicked() {
 void SettingsWidget::onSearchTextChanged(const QString& text) {
     const QString query = text.trimmed();
     const LabelMarkup markup = highlightMarkup(base);
+    QStringList names;
+    for (const Row& row : rows)
+        names.append(base.record(row.id).name);
+    // Best matches first within each list, as the launcher orders them.
+    const FuzzyRanking ranking = rankOptions(query, names);
     bool global_shown = false;
     bool table_shown = false;
-    for (Row& row : rows) {
-        const QString& name = base.record(row.id).name;
-        const FuzzyMatch match = fuzzyMatch(query, name);
-        const bool shown = query.isEmpty() || match.matches();
+    for (int place = 0; place < int(ranking.order.size()); ++place) {
+        const int index = ranking.order[size_t(place)];
+        Row& row = rows[size_t(index)];
+        const bool shown = place < ranking.visible;
+        const bool global = base.record(row.id).scope == Setting::GlobalScope;
+        auto* layout = static_cast<QVBoxLayout*>((global ? global_group : table_group)->layout());
+        layout->removeWidget(row.widget);
+        layout->addWidget(row.widget);
         row.widget->setHidden(!shown);
-        row.label->setText(query.isEmpty() || !shown
-                               ? name.toHtmlEscaped()
-                               : renderOptionLabel(name, match.highlights, markup));
-        if (shown) {
-            if (base.record(row.id).scope == Setting::GlobalScope)
-                global_shown = true;
-            else
-                table_shown = true;
-        }
+        const QString& name = names[index];
+        row.label->setText(
+            query.isEmpty() || !shown
+                ? name.toHtmlEscaped()
+                : renderOptionLabel(name, ranking.matches[size_t(index)].highlights, markup));
+        if (shown) (global ? global_shown : table_shown) = true;
     }
     global_group->setHidden(!global_shown);
     table_group->setHidden(!table_shown);

@@ -1,5 +1,6 @@
 #include "app/shortcutswidget.h"
 
+#include "app/tablecell.h"
 #include "commands/commandtable.h"
 #include "commands/matching/fuzzymatch.h"
 #include "widgets/lineedit.h"
@@ -12,11 +13,24 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kNameColumn = 0;
 constexpr int kShortcutColumn = 1;
 constexpr int kDefaultColumn = 2;
+
+constexpr int kRankRole = Qt::UserRole + 1;
+
+// Sorts by the rank a search gives, not by text.
+class RankedItem : public QTableWidgetItem {
+public:
+    using QTableWidgetItem::QTableWidgetItem;
+    bool operator<(const QTableWidgetItem& other) const override {
+        return data(kRankRole).toInt() < other.data(kRankRole).toInt();
+    }
+};
 
 bool meansNone(const QString& text) {
     return text.isEmpty() || text.compare(u"(none)", Qt::CaseInsensitive) == 0;
@@ -25,7 +39,7 @@ bool meansNone(const QString& text) {
 } // namespace
 
 ShortcutsWidget::ShortcutsWidget(CommandTable& commands, QWidget* parent)
-    : QWidget(parent), commands(commands), records(commands.sorted()) {
+    : QWidget(parent), commands(commands) {
     auto* title = new QLabel(QStringLiteral("Shortcuts"), this);
     QFont title_font = title->font();
     title_font.setPointSizeF(title_font.pointSizeF() * 1.3);
@@ -39,6 +53,7 @@ ShortcutsWidget::ShortcutsWidget(CommandTable& commands, QWidget* parent)
     search_edit = new SearchEdit(this);
     search_edit->setPlaceholderText(QStringLiteral("Search"));
 
+    const std::vector<CommandRecord*>& records = commands.sorted();
     table_ = new QTableWidget(int(records.size()), 3, this);
     table_->horizontalHeader()->hide();
     table_->verticalHeader()->hide();
@@ -47,35 +62,41 @@ ShortcutsWidget::ShortcutsWidget(CommandTable& commands, QWidget* parent)
     table_->setShowGrid(false);
     table_->setWordWrap(false);
     table_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    table_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     table_->horizontalHeader()->setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
     table_->horizontalHeader()->setSectionResizeMode(kShortcutColumn, QHeaderView::Fixed);
     table_->horizontalHeader()->setSectionResizeMode(kDefaultColumn, QHeaderView::ResizeToContents);
     table_->setColumnWidth(kShortcutColumn, 260);
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(32);
+    table_->verticalHeader()->setDefaultSectionSize(34);
 
+    lines.resize(records.size());
     filling = true;
     for (int row = 0; row < int(records.size()); ++row) {
-        const CommandRecord& record = *records[size_t(row)];
-        auto* item = new QTableWidgetItem(record.name);
-        item->setFlags(Qt::ItemIsEnabled);
-        if (record.category != u"-") item->setToolTip(displayName(record));
-        table_->setItem(row, kNameColumn, item);
+        Line& line = lines[size_t(row)];
+        line.record = records[size_t(row)];
+        line.origin = line.record->shortcut;
+        line.item = new RankedItem(line.record->name);
+        line.item->setFlags(Qt::ItemIsEnabled);
+        line.item->setData(kRankRole, row);
+        if (line.record->category != u"-") line.item->setToolTip(displayName(*line.record));
+        table_->setItem(row, kNameColumn, line.item);
 
-        auto* edit = new LineEdit(table_);
-        edit->setText(record.shortcut);
-        origins.push_back(record.shortcut);
-        connect(edit, &QLineEdit::textChanged, this, [this, row] {
-            updateRowState(row);
+        line.edit = new LineEdit(table_);
+        line.edit->setText(line.origin);
+        connect(line.edit, &QLineEdit::textChanged, this, [this, &line] {
+            updateRowState(line);
             if (!filling) emit updateSignal();
         });
-        table_->setCellWidget(row, kShortcutColumn, edit);
+        table_->setCellWidget(row, kShortcutColumn, paddedCell(line.edit, table_));
 
-        auto* button = new QPushButton(QStringLiteral("Default"), table_);
-        button->setProperty("row", row);
-        connect(button, &QPushButton::clicked, this, &ShortcutsWidget::onDefaultButtonClicked);
-        table_->setCellWidget(row, kDefaultColumn, button);
-        updateRowState(row);
+        line.default_button = new QPushButton(QStringLiteral("Default"), table_);
+        connect(line.default_button, &QPushButton::clicked, this, [this, &line] {
+            setText(line, line.record->defaultShortcut);
+            emit updateSignal();
+        });
+        table_->setCellWidget(row, kDefaultColumn, paddedCell(line.default_button, table_));
+        updateRowState(line);
     }
     filling = false;
 
@@ -98,66 +119,58 @@ ShortcutsWidget::ShortcutsWidget(CommandTable& commands, QWidget* parent)
             &ShortcutsWidget::onRestoreDefaultsClicked);
 }
 
-QLineEdit* ShortcutsWidget::editAt(int row) const {
-    return qobject_cast<QLineEdit*>(table_->cellWidget(row, kShortcutColumn));
+ShortcutsWidget::Line* ShortcutsWidget::lineOf(const QString& name) {
+    for (Line& line : lines)
+        if (line.record->name == name) return &line;
+    return nullptr;
 }
 
-int ShortcutsWidget::rowOf(const QString& name) const {
-    for (int row = 0; row < int(records.size()); ++row)
-        if (records[size_t(row)]->name == name) return row;
-    return -1;
+const ShortcutsWidget::Line* ShortcutsWidget::lineOf(const QString& name) const {
+    return const_cast<ShortcutsWidget*>(this)->lineOf(name);
 }
 
 QLineEdit* ShortcutsWidget::shortcutEdit(const QString& name) const {
-    const int row = rowOf(name);
-    return row < 0 ? nullptr : editAt(row);
+    const Line* line = lineOf(name);
+    return line ? line->edit : nullptr;
 }
 
 QPushButton* ShortcutsWidget::defaultButton(const QString& name) const {
-    const int row = rowOf(name);
-    return row < 0 ? nullptr : qobject_cast<QPushButton*>(table_->cellWidget(row, kDefaultColumn));
+    const Line* line = lineOf(name);
+    return line ? line->default_button : nullptr;
 }
 
-void ShortcutsWidget::setText(int row, const QString& text) {
+void ShortcutsWidget::setText(Line& line, const QString& text) {
     const bool was_filling = filling;
     filling = true;
-    editAt(row)->setText(text);
+    line.edit->setText(text);
     filling = was_filling;
 }
 
-void ShortcutsWidget::updateRowState(int row) {
-    auto* button = qobject_cast<QPushButton*>(table_->cellWidget(row, kDefaultColumn));
-    if (!button) return; // still being built
-    button->setEnabled(editAt(row)->text().trimmed() != records[size_t(row)]->defaultShortcut);
+void ShortcutsWidget::updateRowState(Line& line) {
+    line.default_button->setEnabled(line.edit->text().trimmed() != line.record->defaultShortcut);
+}
+
+bool ShortcutsWidget::isEdited(const Line& line) {
+    return line.edit->text().trimmed() != line.origin;
 }
 
 void ShortcutsWidget::refresh() {
-    for (int row = 0; row < int(records.size()); ++row) {
-        const QString& shortcut = records[size_t(row)]->shortcut;
-        if (!isEdited(row)) setText(row, shortcut);
-        origins[size_t(row)] = shortcut;
-        updateRowState(row);
+    for (Line& line : lines) {
+        if (!isEdited(line)) setText(line, line.record->shortcut);
+        line.origin = line.record->shortcut;
     }
 }
 
-bool ShortcutsWidget::isEdited(int row) const {
-    return editAt(row)->text().trimmed() != origins[size_t(row)];
-}
-
 bool ShortcutsWidget::isModified() const {
-    for (int row = 0; row < int(records.size()); ++row)
-        if (isEdited(row)) return true;
-    return false;
+    return std::any_of(lines.begin(), lines.end(), [](const Line& line) { return isEdited(line); });
 }
 
 std::vector<ShortcutAssignment> ShortcutsWidget::assignments() const {
     std::vector<ShortcutAssignment> result;
-    result.reserve(records.size());
-    for (int row = 0; row < int(records.size()); ++row) {
-        const CommandRecord& record = *records[size_t(row)];
-        result.push_back({record.name, editAt(row)->text().trimmed(), record.requiredContexts,
-                          record.defaultShortcut});
-    }
+    result.reserve(lines.size());
+    for (const Line& line : lines)
+        result.push_back({line.record->name, line.edit->text().trimmed(),
+                          line.record->requiredContexts, line.record->defaultShortcut});
     return result;
 }
 
@@ -166,42 +179,47 @@ QString ShortcutsWidget::conflictBlocks() const {
 }
 
 void ShortcutsWidget::apply() {
-    for (int row = 0; row < int(records.size()); ++row) {
-        CommandRecord& record = *records[size_t(row)];
-        const QString text = editAt(row)->text().trimmed();
+    for (Line& line : lines) {
+        CommandRecord& record = *line.record;
+        const QString text = line.edit->text().trimmed();
         if (text != record.shortcut)
             commands.setShortcut(record, meansNone(text) ? QString() : text);
-        setText(row, record.shortcut);
-        origins[size_t(row)] = record.shortcut;
-        updateRowState(row);
+        setText(line, record.shortcut);
+        line.origin = record.shortcut;
     }
 }
 
 void ShortcutsWidget::onSearchTextChanged(const QString& text) {
     const QString query = text.trimmed();
-    for (int row = 0; row < int(records.size()); ++row) {
-        // A key typed as the notation writes it finds its commands too.
-        const bool shown = query.isEmpty() ||
-                           fuzzyMatch(query, records[size_t(row)]->name).matches() ||
-                           editAt(row)->text().contains(query, Qt::CaseInsensitive);
-        table_->setRowHidden(row, !shown);
+    QStringList names;
+    names.reserve(qsizetype(lines.size()));
+    for (const Line& line : lines)
+        names.append(line.record->name);
+    // Best matches first, as the launcher lists them; then the commands
+    // whose key the query spells ("ctrl+s"); the rest are hidden.
+    const FuzzyRanking ranking = rankOptions(query, names);
+    std::vector<int> rank(lines.size(), -1);
+    int next = 0;
+    for (int i = 0; i < ranking.visible; ++i)
+        rank[size_t(ranking.order[size_t(i)])] = next++;
+    for (size_t i = 0; i < lines.size(); ++i)
+        if (rank[i] < 0 && !query.isEmpty() &&
+            lines[i].edit->text().contains(query, Qt::CaseInsensitive))
+            rank[i] = next++;
+    const int shown = next;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (rank[i] < 0) rank[i] = next++;
+        lines[i].item->setData(kRankRole, rank[i]);
     }
-}
-
-void ShortcutsWidget::onDefaultButtonClicked() {
-    const auto* button = qobject_cast<const QPushButton*>(sender());
-    if (!button) return;
-    const int row = button->property("row").toInt();
-    if (row < 0 || row >= int(records.size())) return;
-    setText(row, records[size_t(row)]->defaultShortcut);
-    updateRowState(row);
-    emit updateSignal();
+    // One sort moves the rows and their editors together.
+    table_->sortItems(kNameColumn);
+    for (const Line& line : lines)
+        table_->setRowHidden(line.item->row(), line.item->data(kRankRole).toInt() >= shown);
+    table_->scrollToTop();
 }
 
 void ShortcutsWidget::onRestoreDefaultsClicked() {
-    for (int row = 0; row < int(records.size()); ++row) {
-        setText(row, records[size_t(row)]->defaultShortcut);
-        updateRowState(row);
-    }
+    for (Line& line : lines)
+        setText(line, line.record->defaultShortcut);
     emit updateSignal();
 }

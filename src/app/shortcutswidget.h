@@ -11,6 +11,7 @@ struct CommandRecord;
 class QLineEdit;
 class QPushButton;
 class QTableWidget;
+class QTableWidgetItem;
 class SearchEdit;
 
 // The preferences' form over the command table's shortcuts: one row per
@@ -49,20 +50,28 @@ signals:
 
 public slots:
     void onSearchTextChanged(const QString& text);
-    void onDefaultButtonClicked();
     void onRestoreDefaultsClicked();
 
 private:
-    int rowOf(const QString& name) const;
-    QLineEdit* editAt(int row) const;
+    // One command's row. Rows move when a search ranks them, so everything
+    // about a command is reached through its line, not its row number.
+    struct Line {
+        CommandRecord* record = nullptr;
+        QString origin; // the table's shortcut the row last showed
+        QTableWidgetItem* item = nullptr;
+        QLineEdit* edit = nullptr;
+        QPushButton* default_button = nullptr;
+    };
+
+    Line* lineOf(const QString& name);
+    const Line* lineOf(const QString& name) const;
     // The user changed the row since it last showed the table's shortcut.
-    bool isEdited(int row) const;
-    void setText(int row, const QString& text);
-    void updateRowState(int row);
+    static bool isEdited(const Line& line);
+    void setText(Line& line, const QString& text);
+    static void updateRowState(Line& line);
 
     CommandTable& commands;
-    std::vector<CommandRecord*> records; // by row
-    std::vector<QString> origins;        // by row: the shortcut it last showed
+    std::vector<Line> lines; // in the table's sorted order
     SearchEdit* search_edit = nullptr;
     QTableWidget* table_ = nullptr;
     QPushButton* restore_button = nullptr;

@@ -22,6 +22,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -285,6 +286,39 @@ private slots:
             QCOMPARE(new_file->shortcuts(), QList<QKeySequence>{QKeySequence("Ctrl+S")});
             if (closing) QTRY_VERIFY(!f.window.preferencesWindow());
         }
+    }
+
+    void shortcutSearch_data() {
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("hidden");
+        QTest::newRow("best match first") << "new file"
+                                          << "New File"
+                                          << "Undo";
+        QTest::newRow("a key finds its command") << "ctrl+alt+s"
+                                                 << "Save File As"
+                                                 << "New File";
+        QTest::newRow("everything, in name order") << ""
+                                                   << "About"
+                                                   << "";
+    }
+
+    void shortcutSearch() {
+        QFETCH(QString, query);
+        QFETCH(QString, first);
+        QFETCH(QString, hidden);
+        CommandTable commands(nullptr);
+        ShortcutsWidget sw(commands);
+        QTest::keyClicks(sw.searchEdit(), query);
+        QTableWidget* table = sw.table();
+        int top = 0;
+        while (table->isRowHidden(top))
+            ++top;
+        QCOMPARE(table->item(top, 0)->text(), first);
+        // Its editor moved along with it.
+        QCOMPARE(table->cellWidget(top, 1)->isAncestorOf(sw.shortcutEdit(first)), true);
+        if (!hidden.isEmpty())
+            QVERIFY(table->isRowHidden(table->findItems(hidden, Qt::MatchExactly).value(0)->row()));
     }
 
     void shortcutApply_data() {
