@@ -42,6 +42,7 @@ void MainWindow::applySettings() {
     using namespace SettingId;
     const Settings& s = *settings;
     read_only_query_mb = s.integer(MinFileSizeReadOnlyQueryMb);
+    default_read_only = s.boolean(SettingId::ReadOnly); // the mode new tabs start in
     refresh_behavior = s.refreshBehavior(ChangedExternally);
     retain_sort_and_filters = s.boolean(RetainSortAndFilters);
     tab_bar->setVisible(s.boolean(ShowTabBar));

@@ -95,6 +95,7 @@ private slots:
         retype(sw->editor(SettingId::TextSize), QStringLiteral("15"));
         retype(sw->editor(SettingId::HeaderRows), QStringLiteral("3"));
         QTest::mouseClick(sw->editor(SettingId::ShowRowLabels), Qt::LeftButton);
+        QTest::mouseClick(sw->editor(SettingId::ReadOnly), Qt::LeftButton);
         QVERIFY(pw->applyButton()->isEnabled());
         QTest::mouseClick(pw->applyButton(), Qt::LeftButton);
 
@@ -106,12 +107,14 @@ private slots:
         QCOMPARE(f.window.currentSettings().integer(SettingId::TextSize), 15);
         QVERIFY(f.window.currentView()->verticalHeader()->isHidden());
         QCOMPARE(f.window.currentView()->model()->numHeaderRows(), 1);
+        QVERIFY(!f.window.currentView()->model()->isReadOnly());
         QFile csv(f.dir.filePath(QStringLiteral("later.csv")));
         QVERIFY(csv.open(QIODevice::WriteOnly));
         csv.write("a,b\n1,2\n3,4\n5,6\n");
         csv.close();
         QVERIFY(f.window.openFile(csv.fileName()));
         QCOMPARE(f.window.currentView()->model()->numHeaderRows(), 3);
+        QVERIFY(f.window.currentView()->model()->isReadOnly());
 
         // A value the window changes meanwhile shows in the form.
         f.window.commandToggleShowRowLabels();
