@@ -11,6 +11,7 @@
 #include "app/optionlistwidget.h"
 
 #include <QFileSystemWatcher>
+#include <QPointer>
 #include <QStringList>
 #include <QWidget>
 
@@ -24,6 +25,7 @@ class FindResultsWidget;
 class QLayout;
 class CommandTable;
 class PreferenceFiles;
+class PreferencesWindow;
 class Settings;
 class PaneView;
 class QMenuBar;
@@ -105,6 +107,10 @@ public:
     // and again whenever another program changes them.
     void usePreferenceFolder(const QString& folder);
     const Settings& currentSettings() const { return *settings; }
+    // The dialect of each extension, from "File Extensions (User).csv".
+    const std::vector<ExtensionData>& extensionDataList() const { return extension_data_list; }
+    // Null while it is closed.
+    PreferencesWindow* preferencesWindow() const;
 
 signals:
     void minimizeButtonClickedSignal();
@@ -285,6 +291,11 @@ public slots:
     void closeFindReplace();
     void onNoMatch(const QString& find_str);
     void onFindAllResultSelected(Range cell);
+    // Preferences menu (mainwindow_preferences.cpp).
+    void commandPreferences();
+    void commandEditSettings();
+    void commandEditKeyboardShortcuts();
+    void commandEditFileExtensionOptions();
 
 public:
     // One question of a launcher. `accept` takes the answer and gives an
@@ -363,6 +374,9 @@ private:
     void settleDialect(TableView* view, const QString& filepath, const ExtensionData* params);
     void loadView(TableView* view, const QString& filepath);
     QString chooseSavePath(TableView* view, const QString& title);
+    // Opens the window's one preferences window, or raises it, on `tab`.
+    void openPreferences(int tab);
+    void openFileMetadata();
 
     QWidget* title_bar = nullptr;
     QMenuBar* menu_bar = nullptr;
@@ -391,4 +405,6 @@ private:
     bool closing = false;
     Theme theme;
     PathChooser choose_path;
+    std::vector<ExtensionData> extension_data_list;
+    QPointer<PreferencesWindow> preferences_window;
 };

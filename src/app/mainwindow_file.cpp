@@ -97,10 +97,18 @@ bool MainWindow::openFiles(const QStringList& filepath_list, const ExtensionData
 void MainWindow::settleDialect(TableView* view, const QString& filepath,
                                const ExtensionData* params) {
     ExtensionData row;
-    if (params)
+    if (params) {
         row = *params;
-    else
+    } else {
         row.extension = extensionOf(filepath);
+        // An extension the preferences don't list is detected.
+        for (const ExtensionData& listed : extension_data_list) {
+            if (listed.extension == row.extension) {
+                row = listed;
+                break;
+            }
+        }
+    }
     QString open = row.delimiter_open;
     if (isAutoDelimiter(open))
         open = detectDelimiter(filepath);

@@ -2,6 +2,7 @@
 // another program changes them, and carried into every table.
 
 #include "app/paneview.h"
+#include "app/preferenceswindow.h"
 #include "app/sidebar.h"
 #include "app/tabbar.h"
 #include "commands/commandtable.h"
@@ -22,6 +23,7 @@ void MainWindow::usePreferenceFolder(const QString& folder) {
         command_table->buildMenus(menu_bar);
         command_table->setContext(context);
     }
+    preference_files->readFileExtensions(extension_data_list);
     preference_files->startWatching();
     connect(preference_files.get(), &PreferenceFiles::settingsFileChangedSignal, this, [this] {
         if (preference_files->readSettings(*settings)) applySettings();
@@ -31,6 +33,8 @@ void MainWindow::usePreferenceFolder(const QString& folder) {
         command_table->buildMenus(menu_bar);
         command_table->setContext(context);
     });
+    connect(preference_files.get(), &PreferenceFiles::fileExtensionsFileChangedSignal, this,
+            [this] { preference_files->readFileExtensions(extension_data_list); });
     applySettings();
 }
 
@@ -38,6 +42,7 @@ void MainWindow::applySettings() {
     using namespace SettingId;
     const Settings& s = *settings;
     read_only_query_mb = s.integer(MinFileSizeReadOnlyQueryMb);
+    default_read_only = s.boolean(SettingId::ReadOnly); // the mode new tabs start in
     refresh_behavior = s.refreshBehavior(ChangedExternally);
     retain_sort_and_filters = s.boolean(RetainSortAndFilters);
     tab_bar->setVisible(s.boolean(ShowTabBar));
@@ -49,6 +54,7 @@ void MainWindow::applySettings() {
     if (chosen.name != theme.name) applyTheme(chosen);
     for (TableView* v : table_views)
         applySettingsTo(v, false);
+    if (preferences_window) preferences_window->setSettings(*settings);
 }
 
 void MainWindow::applySettingsTo(TableView* view, bool table_scope) {
