@@ -62,6 +62,34 @@ QList<QStringList> rowsBelow(const TableData& data, const HeaderLocation& header
     return rows;
 }
 
+// A file written anew keeps what the user wrote above its header: the lines
+// up there are theirs. The header and all below come from `grid`.
+QList<QStringList> keepingPreamble(const QString& path, const QStringList& header_names,
+                                   QList<QStringList> grid) {
+    const auto old = loadGrid(path);
+    if (!old) return grid;
+    const TableData& data = old->tableData();
+    const HeaderLocation old_header = PreferenceFiles::findHeader(data, header_names);
+    if (!old_header.found()) return grid;
+    qsizetype new_header = -1;
+    for (qsizetype r = 0; r < grid.size() && new_header < 0; ++r) {
+        bool all = true;
+        for (const QString& name : header_names)
+            all = all && grid[r].contains(name);
+        if (all) new_header = r;
+    }
+    if (new_header < 0) return grid;
+    QList<QStringList> result;
+    for (int r = 0; r < old_header.row; ++r) {
+        QStringList line;
+        for (int c = 0; c < data.numRawColumns(); ++c)
+            line.append(cell(data, r, c));
+        result.append(line);
+    }
+    result.append(grid.mid(new_header));
+    return result;
+}
+
 void put(QList<QStringList>& grid, int row, int col, const QString& text) {
     while (grid.size() <= row)
         grid.append(QStringList());
@@ -294,7 +322,9 @@ bool PreferenceFiles::writeDefaultSettingsFile() const {
 }
 
 bool PreferenceFiles::writeSettingsFile(const Settings& settings) const {
-    return saveGrid(settingsGrid(settings, nullptr), settingsPath());
+    return saveGrid(keepingPreamble(settingsPath(), {kSetting, kUserValue},
+                                    settingsGrid(settings, nullptr)),
+                    settingsPath());
 }
 
 bool PreferenceFiles::updateSettingsFile() const {
@@ -351,7 +381,9 @@ bool PreferenceFiles::writeDefaultShortcutsFile() const {
 }
 
 bool PreferenceFiles::writeShortcutsFile(const CommandTable& commands) const {
-    return saveGrid(shortcutsGrid(commands, nullptr), shortcutsPath());
+    return saveGrid(keepingPreamble(shortcutsPath(), {kCommand, kUserShortcut},
+                                    shortcutsGrid(commands, nullptr)),
+                    shortcutsPath());
 }
 
 bool PreferenceFiles::readShortcutTexts(QHash<QString, QString>& texts) const {
@@ -409,7 +441,9 @@ bool PreferenceFiles::writeDefaultFileExtensionsFile() const {
 }
 
 bool PreferenceFiles::writeFileExtensionsFile(const std::vector<ExtensionData>& extensions) const {
-    return saveGrid(fileExtensionsGrid(extensions), fileExtensionsPath());
+    return saveGrid(
+        keepingPreamble(fileExtensionsPath(), kExtensionHeader, fileExtensionsGrid(extensions)),
+        fileExtensionsPath());
 }
 
 bool PreferenceFiles::readFileExtensions(std::vector<ExtensionData>& extensions) const {
@@ -438,7 +472,8 @@ bool PreferenceFiles::readFileExtensions(std::vector<ExtensionData>& extensions)
 bool PreferenceFiles::updateFileExtensionsFile() const {
     std::vector<ExtensionData> extensions;
     if (!readFileExtensions(extensions)) return writeDefaultFileExtensionsFile();
-    return writeFileExtensionsFile(extensions);
+    // A new version's file starts with its own instructions.
+    return saveGrid(fileExtensionsGrid(extensions), fileExtensionsPath());
 }
 
 // ---- Watching ----

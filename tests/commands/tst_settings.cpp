@@ -231,6 +231,27 @@ void TestSettings::settingsFileRoundTrip() {
     QCOMPARE(lines[7], "Setting,Scope,Type,Default Value,User Value");
     for (int i = 8; i < lines.size(); ++i)
         QVERIFY2(lines[i].endsWith(','), qPrintable(lines[i]));
+
+    // Lines the user wrote above the header outlive every rewrite, of each
+    // of the three files.
+    const QString note = QStringLiteral("my note, keep it");
+    for (const QString& path :
+         {files.settingsPath(), files.shortcutsPath(), files.fileExtensionsPath()}) {
+        if (path != files.settingsPath()) {
+            QVERIFY(path == files.shortcutsPath() ? files.writeDefaultShortcutsFile()
+                                                  : files.writeDefaultFileExtensionsFile());
+        }
+        writeText(path, "\"" + note + "\"\n" + readText(path));
+    }
+    QVERIFY(files.writeSettingsFile(settings));
+    QVERIFY(files.writeShortcutsFile(CommandTable(nullptr)));
+    QVERIFY(files.writeFileExtensionsFile(PreferenceFiles::defaultFileExtensions()));
+    for (const QString& path :
+         {files.settingsPath(), files.shortcutsPath(), files.fileExtensionsPath()})
+        QVERIFY2(readText(path).startsWith("\"" + note + "\""), qPrintable(path));
+    Settings again;
+    QVERIFY(files.readSettings(again));
+    QVERIFY(again == settings);
 }
 
 void TestSettings::settingsFromUserEdits_data() {
