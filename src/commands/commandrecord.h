@@ -4,6 +4,8 @@
 #include "commands/settingid.h"
 
 #include <QByteArray>
+#include <QKeySequence>
+#include <QList>
 #include <QString>
 
 class QAction;
@@ -25,6 +27,9 @@ struct CommandRecord {
     quint32 barredContexts = 0;             // none may be set
     QString shortcut;                       // in force, in the shortcut notation
     QString defaultShortcut;
+    // Every sequence `shortcut` binds. The action holds them all unless an
+    // enabled row with a narrower gate shares one (CommandTable::setContext).
+    QList<QKeySequence> keys;
     QAction* action = nullptr;
     int setting = SettingId::Count;
 

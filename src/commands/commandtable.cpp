@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
+#include <QSet>
 #include <QWidget>
 
 #include <algorithm>
@@ -85,7 +86,8 @@ void CommandTable::addRow(const CommandGate& gate, const QString& label, const Q
     record.label = translated(label.toUtf8().constData());
     record.slot = slotName(name);
     record.action = new QAction(record.label, parent_);
-    record.action->setShortcuts(parseShortcut(shortcut));
+    record.keys = parseShortcut(shortcut);
+    record.action->setShortcuts(record.keys);
 
     if (parent_) {
         const QMetaObject* meta = parent_->metaObject();
@@ -164,6 +166,43 @@ void CommandTable::setContext(quint32 context) {
     context_ = context;
     for (CommandRecord* record : sorted_)
         record->action->setEnabled(record->available && isEnabled(*record, context));
+    shareKeys();
+}
+
+void CommandTable::shareKeys() {
+    // Two enabled rows on one key would leave Qt unable to choose, and the
+    // key would do nothing. The row whose gate asks for more wins the key
+    // while both are enabled ("Find All Matches" over "Insert Cells, Move
+    // Rest of Row Right" while the find bar is open); equal gates stay as
+    // they are.
+    auto gateWidth = [](const CommandRecord& r) {
+        return r.requiredContexts == kAnyContext ? 0 : qPopulationCount(r.requiredContexts);
+    };
+    QHash<QKeySequence, CommandRecord*> owner;
+    QSet<QKeySequence> tied;
+    for (CommandRecord& record : records_) {
+        if (!record.action || !record.action->isEnabled()) continue;
+        for (const QKeySequence& key : record.keys) {
+            CommandRecord*& holder = owner[key];
+            if (!holder || gateWidth(record) > gateWidth(*holder)) {
+                holder = &record;
+                tied.remove(key);
+            } else if (gateWidth(record) == gateWidth(*holder)) {
+                tied.insert(key);
+            }
+        }
+    }
+    for (CommandRecord& record : records_) {
+        if (!record.action) continue;
+        QList<QKeySequence> kept;
+        for (const QKeySequence& key : record.keys) {
+            const auto it = owner.constFind(key);
+            if (!record.action->isEnabled() || it == owner.cend() || *it == &record ||
+                tied.contains(key))
+                kept.append(key);
+        }
+        if (kept != record.action->shortcuts()) record.action->setShortcuts(kept);
+    }
 }
 
 std::vector<const CommandRecord*> CommandTable::launcherRecords() const {
@@ -249,7 +288,9 @@ void CommandTable::fillMenu(QMenu* menu, QStringView entries) {
 
 void CommandTable::setShortcut(CommandRecord& record, const QString& text) {
     record.shortcut = text;
-    record.action->setShortcuts(parseShortcut(text));
+    record.keys = parseShortcut(text);
+    record.action->setShortcuts(record.keys);
+    shareKeys();
 }
 
 void CommandTable::applyUserShortcuts(const QHash<QString, QString>& user_texts) {
@@ -258,12 +299,14 @@ void CommandTable::applyUserShortcuts(const QHash<QString, QString>& user_texts)
         const QString text = it == user_texts.cend() ? QString() : it->trimmed();
         if (text.compare(u"(none)", Qt::CaseInsensitive) == 0) {
             record->shortcut.clear();
+            record->keys.clear();
             record->action->setShortcuts({});
             continue;
         }
         const QList<QKeySequence> user = parseShortcut(text);
         if (!user.isEmpty()) {
             record->shortcut = text;
+            record->keys = user;
             record->action->setShortcuts(user);
         } else {
             setShortcut(*record, record->defaultShortcut);

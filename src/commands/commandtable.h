@@ -73,6 +73,8 @@ public:
     void setCheckForUpdatesEnabled(bool on);
 
 private:
+    // Gives a key that enabled rows share to the row with the narrower gate.
+    void shareKeys();
     void addRow(const CommandGate& gate, const QString& label, const QString& name,
                 const QString& shortcut, int setting);
     void fillMenu(QMenu* menu, QStringView entries);
