@@ -155,6 +155,15 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
         event->accept();
         return;
     }
+    // With nothing else open, Esc leaves the main cell alone selected.
+    if (event->key() == Qt::Key_Escape && (context & MultiCellSelection)) {
+        if (TableView* v = currentView()) {
+            v->model()->selectSingleCell(v->model()->mainCell());
+            v->viewport()->update();
+            event->accept();
+            return;
+        }
+    }
     QWidget::keyPressEvent(event);
 }
 

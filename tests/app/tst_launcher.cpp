@@ -138,6 +138,9 @@ private slots:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(m->numSelectedCells() > 1);
         QVERIFY(!launcherOf(w));
+        // Esc on the grid leaves the main cell alone selected.
+        QTest::keyClick(w.currentView(), Qt::Key_Escape);
+        QCOMPARE(m->numSelectedCells(), qint64(1));
 
         // A row that asks something opens its question in the palette's place.
         l = palette(w);
