@@ -8,14 +8,6 @@
 
 namespace {
 
-const QString kFontFamily = QStringLiteral("Lucida Sans Unicode");
-
-QFont launcherFont(qreal point_size) {
-    QFont font(kFontFamily);
-    font.setPointSizeF(point_size);
-    return font;
-}
-
 QString rgba(const QColor& color, int alpha) {
     return QStringLiteral("rgba(%1, %2, %3, %4)")
         .arg(color.red())

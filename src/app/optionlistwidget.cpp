@@ -14,15 +14,13 @@
 
 #include <algorithm>
 
-namespace {
-
-const QString kFontFamily = QStringLiteral("Lucida Sans Unicode");
-
-QFont rowFont(qreal point_size) {
-    QFont font(kFontFamily);
+QFont launcherFont(qreal point_size) {
+    QFont font(QStringLiteral("Lucida Sans Unicode"));
     font.setPointSizeF(point_size);
     return font;
 }
+
+namespace {
 
 bool isBlank(const QString& text) {
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isSpace(); });
@@ -32,7 +30,7 @@ bool isBlank(const QString& text) {
 
 PillLabel::PillLabel(const QString& text, qreal point_size, QWidget* parent)
     : QLabel(text, parent) {
-    setFont(rowFont(point_size));
+    setFont(launcherFont(point_size));
     setTextFormat(Qt::PlainText);
     setContentsMargins(5, 1, 5, 1);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Maximum);
@@ -51,7 +49,7 @@ void OptionWidget::build(const LabelMarkup& markup) {
     texts->setSpacing(0);
     texts->setContentsMargins(0, 0, 0, 0);
     name_label = new QLabel(this);
-    name_label->setFont(rowFont(11));
+    name_label->setFont(launcherFont(11));
     name_label->setTextFormat(Qt::RichText);
     name_label->setAttribute(Qt::WA_TransparentForMouseEvents);
     // A long name gives way to the pills rather than pushing them out.
@@ -59,7 +57,7 @@ void OptionWidget::build(const LabelMarkup& markup) {
     texts->addWidget(name_label);
     if (!data_.sub_text.isEmpty()) {
         auto* sub = new QLabel(data_.sub_text, this);
-        sub->setFont(rowFont(8));
+        sub->setFont(launcherFont(8));
         sub->setTextFormat(Qt::PlainText);
         sub->setAttribute(Qt::WA_TransparentForMouseEvents);
         texts->addWidget(sub);

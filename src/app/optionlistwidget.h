@@ -12,6 +12,9 @@
 #include <vector>
 
 class ListWidget;
+
+// The launcher's fixed interface font at a point size.
+QFont launcherFont(qreal point_size);
 class QVBoxLayout;
 
 // One choice a launcher offers. `response` is what choosing it answers; when
