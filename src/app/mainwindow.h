@@ -206,6 +206,10 @@ public slots:
     void commandSelectEntireRows();
     void commandSelectEntireRowsHeaderExcluded();
     void commandSelectEntireTable();
+    void commandSelectUpToTopOfColumnHeaderExcluded();
+    void commandSelectDownToBottomOfColumn();
+    void commandSelectLeftToStartOfRowHeaderExcluded();
+    void commandSelectRightToEndOfRow();
     void commandGoUpOneScreen();
     void commandGoDownOneScreen();
     void commandGoLeftOneScreen();

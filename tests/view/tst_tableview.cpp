@@ -159,6 +159,24 @@ private slots:
         QCOMPARE(cells(*view->model(), 12, 4), select);
     }
 
+    // Selecting to an edge adds, for each member, the cells up to the first
+    // data line after the headers, or down to the last data line.
+    void selectToEdges() {
+        auto v = makeView(grid(6, 4));
+        TableModel& m = *v->model();
+        m.setNumHeaderRows(1);
+        m.selectSingleCell(Range(3, 1, Range::Model));
+        v->selectToEdge(Up);
+        QCOMPARE(cells(m, 6, 4), QStringLiteral("1,1 2,1 3,1"));
+        m.selectSingleCell(Range(3, 1, Range::Model));
+        v->selectToEdge(Down);
+        QCOMPARE(cells(m, 6, 4), QStringLiteral("3,1 4,1 5,1"));
+        m.selectSingleCell(Range(2, 2, Range::Model));
+        v->selectToEdge(Right);
+        QCOMPARE(cells(m, 6, 4), QStringLiteral("2,2 2,3"));
+        QCOMPARE(mainOf(m), QStringLiteral("2,2"));
+    }
+
     void enterOnTheLastRowGrowsTheTable() {
         auto view = makeView(grid(3, 2));
         QVERIFY(view);
