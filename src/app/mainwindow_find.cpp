@@ -118,6 +118,10 @@ void MainWindow::commandAddNextMatchToSelection() {
     // With the bar closed the main cell's own text is looked for.
     const FindReplaceQuery query = barQuery();
     const bool open = find_bar && find_bar->isVisible();
+    // The bar takes the text for the next time it opens.
+    if (!open)
+        find_bar->setFindText(
+            v->model()->cellText(v->model()->mainCell().row, v->model()->mainCell().col));
     if (v->model()->addNextMatch(open ? &query : nullptr)) v->scrollToMainCell(true, false);
     v->viewport()->update();
 }
