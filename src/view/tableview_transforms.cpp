@@ -25,7 +25,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
-#include <string_view>
+#include <string>
 #include <thread>
 #include <unordered_map>
 
@@ -87,15 +87,29 @@ struct BulkJob {
         const bool check_round_trip = !isUnicode(encoding);
         const bool holes = hasExclusions(piece);
         // Columns repeat their values (dates, categories): the rewrite of a
-        // text is kept by its bytes, which point into old_cells and so live
-        // as long as the job. Bounded, so a column of unique texts costs a
-        // lookup a cell and no more memory.
+        // short text is kept by its bytes. Keys are copies short enough to
+        // sit inside the table's nodes, so a lookup never reaches back into
+        // the capture; the table is bounded, so a column of unique texts
+        // costs a lookup a cell and no more memory.
         struct Result {
             bool keep;
             QByteArray bytes;
         };
-        std::unordered_map<std::string_view, Result> seen;
+        std::unordered_map<std::string, Result> seen;
         constexpr size_t kMaxSeen = 1 << 16;
+        constexpr qsizetype kMaxKey = 15; // std::string's inline capacity
+        auto rewrite = [&](QByteArrayView bytes) {
+            const QString text = decodeCell(bytes, encoding);
+            const QString out = (*f)(text);
+            Result result{true, {}};
+            if (out != text && !(empty_keeps && out.isEmpty())) {
+                result.bytes = encodeCell(out, encoding);
+                // A character the file's encoding can't hold would be lost on
+                // the way in: such a cell stays.
+                result.keep = check_round_trip && decodeCell(result.bytes, encoding) != out;
+            }
+            return result;
+        };
         StoredCells::Reader reader(old_cells);
         const bool any_captured = !old_cells.isEmpty();
         for (int r = e.r0; r <= e.r1; ++r)
@@ -108,34 +122,23 @@ struct BulkJob {
                     new_cells.append(bytes, quoted);
                     continue;
                 }
-                const std::string_view key(bytes.data(), size_t(bytes.size()));
-                auto found = seen.find(key);
-                if (found == seen.end()) {
-                    const QString text = decodeCell(bytes, encoding);
-                    const QString out = (*f)(text);
-                    Result result{true, {}};
-                    if (out != text && !(empty_keeps && out.isEmpty())) {
-                        result.bytes = encodeCell(out, encoding);
-                        // A character the file's encoding can't hold would be
-                        // lost on the way in: such a cell stays.
-                        result.keep = check_round_trip && decodeCell(result.bytes, encoding) != out;
-                    }
-                    if (seen.size() < kMaxSeen)
-                        found = seen.emplace(key, std::move(result)).first;
-                    else {
-                        if (result.keep) {
-                            new_cells.append(bytes, quoted);
-                        } else {
-                            new_cells.append(result.bytes, false);
-                            changed = true;
-                        }
-                        continue;
-                    }
+                const Result* result = nullptr;
+                Result fresh;
+                if (bytes.size() <= kMaxKey) {
+                    std::string key(bytes.data(), size_t(bytes.size()));
+                    auto found = seen.find(key);
+                    if (found == seen.end() && seen.size() < kMaxSeen)
+                        found = seen.emplace(std::move(key), rewrite(bytes)).first;
+                    if (found != seen.end()) result = &found->second;
                 }
-                if (found->second.keep) {
+                if (!result) {
+                    fresh = rewrite(bytes);
+                    result = &fresh;
+                }
+                if (result->keep) {
                     new_cells.append(bytes, quoted);
                 } else {
-                    new_cells.append(found->second.bytes, false);
+                    new_cells.append(result->bytes, false);
                     changed = true;
                 }
             }
