@@ -7,7 +7,8 @@
 
 bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
-           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 || std::strcmp(command, "find") == 0;
+           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
+           std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -20,5 +21,6 @@ int benchGui(int argc, char** argv) {
     if (command == "type") return benchType(args);
     if (command == "launcher") return benchLauncher(args);
     if (command == "find") return benchFind(args);
+    if (command == "transform") return benchTransform(args);
     return 2;
 }

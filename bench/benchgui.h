@@ -11,3 +11,4 @@ int benchView(const QStringList& args);
 int benchType(const QStringList& args);
 int benchLauncher(const QStringList& args);
 int benchFind(const QStringList& args);
+int benchTransform(const QStringList& args);

@@ -317,6 +317,64 @@ public:
     void promptNext(const QString& answered_prompt, const QString& answer,
                     std::function<void()> ask_again);
 
+    // ---- Cell transforms of the Data menu (mainwindow_transforms.cpp) ----
+public slots:
+    void commandUpperCase();
+    void commandLowerCase();
+    void commandTitleCase();
+    void commandUpperCamelCase();
+    void commandLowerCamelCase();
+    void commandUpperSnakeCase();
+    void commandLowerSnakeCase();
+    void commandConvertToAcronym();
+    void commandConvertDateTimeFormat();
+    void commandConvertNumberFormat();
+    void commandPlaceCurrentDateTimeStampNowInSelectedCells();
+    void commandZeroFillWholeNumbers();
+    void commandRemoveLeadingZeros();
+    void commandRandomIntegersInSelectedCells();
+    void commandRandomDecimalsFloatsInSelectedCells();
+    void commandSetNumberOfDecimals();
+    void commandCopyMainCellContentsToAllSelectedCells();
+    void commandFillSelectedCellsWithSeries();
+    void commandReshapeSelectedCellsRowWise();
+    void commandReshapeSelectedCellsColumnWise();
+    void commandJoinSelectedCellsHorizontally();
+    void commandJoinSelectedCellsVertically();
+    void commandSplitSelectedCellsHorizontally();
+    void commandSplitSelectedCellsVertically();
+    void commandKeepOnlyLeftPartOfSelectedCells();
+    void commandKeepOnlyMiddlePartOfSelectedCells();
+    void commandKeepOnlyRightPartOfSelectedCells();
+    void commandPrependCellContents();
+    void commandAppendCellContents();
+    void commandTrimSelectedCells();
+    void commandFillSelectedCellsWithUuidGuid();
+
+private:
+    // The current grid when it may be edited (a cell edit committed first).
+    TableView* transformTarget();
+    // Closes the prompts and runs `act` on the current grid.
+    void runTransform(const std::function<void(TableView*)>& act);
+    // A question answered by one of `options`; `take` gets its index.
+    PromptStep optionStep(const QString& prompt_text, const QString& guide,
+                          std::vector<OptionData> options,
+                          std::function<void(int, const QString&)> take);
+    void promptForText(const QString& prompt_text, const QString& guide,
+                       std::function<QString(const QString&)> accept);
+    void promptForCount(const QString& prompt_text,
+                        const std::function<void(TableView*, int)>& act);
+    void promptForSeries(const QString& prompt_text,
+                         const std::function<void(TableView*, const QString&)>& act);
+    void promptForReshape(bool row_wise);
+    void promptForJoin(bool horizontally);
+    void promptForSplit(bool horizontally);
+    void promptForKeepPart(bool left);
+    void promptForAffix(bool prepend);
+    void onConvertDateTimeCustomFromPrompt();
+    void onConvertDateTimeToPrompt(int from_kind, const QString& from_format);
+    void onConvertDateTimeCustomToPrompt(int from_kind, const QString& from_format);
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -2,6 +2,8 @@
 
 #include "data/dialect.h"
 #include "edit/findreplacequery.h"
+#include "edit/numbertransforms.h"
+#include "edit/uuidtext.h"
 #include "view/abstracttableview.h"
 #include "view/theme.h"
 
@@ -9,6 +11,7 @@
 #include <QTimer>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -82,6 +85,64 @@ public:
     void editSelectedCell();
     QWidget* cellEditor() const { return editor; }
     TableDelegate* tableDelegate() const { return delegate; }
+
+    // ---- Cell transforms of the Data menu (tableview_transforms.cpp) ----
+    // Each is one undo step over every member of the selection; hidden cells
+    // are left alone, and a cell its function can't treat keeps its text.
+    // A function from a cell's text to its new text. With `empty_keeps`, an
+    // empty result means "not applicable" and the cell stays as it was.
+    using TextFunction = std::function<QString(const QString&)>;
+    void transformSelectedCells(const TextFunction& f, bool empty_keeps = false);
+    void upperCase();
+    void lowerCase();
+    void titleCase();
+    void upperCamelCase();
+    void lowerCamelCase();
+    void upperSnakeCase();
+    void lowerSnakeCase();
+    void convertToAcronym();
+    // Kinds numbered as DateTimeFormatKind.
+    void convertDateTimeFormat(int from_kind, int to_kind, const QString& from_format,
+                               const QString& to_format);
+    void convertNumberFormat(bool to_comma_decimal);
+    void zeroFillWholeNumbers(int total_digits);
+    void removeLeadingZeros();
+    void setNumberOfDecimals(int decimals);
+    void trimSelectedCells();
+    void keepOnlyLeftPart(int n);
+    void keepOnlyMiddlePart(int index, int count);
+    void keepOnlyRightPart(int n);
+    void prependToCells(const QString& text);
+    void appendToCells(const QString& text);
+    // Values laid out one to a cell: each member in row-major order.
+    void prependSeriesToCells(const QString& series);
+    void appendSeriesToCells(const QString& series);
+    // One text into every selected cell ("Place Current Date/Time Stamp").
+    void fillSelectedCells(const QString& text);
+    void copyMainCellToSelectedCells();
+    // Each selected line from its start: down the columns of a member taller
+    // than wide, else along its rows. An empty field empties the selection.
+    void fillSelectedCellsWithSeries(const QString& series);
+    // Fresh values for each cell, drawn in row-major order of each member.
+    void randomIntegersInSelectedCells(const RandomIntegerChoices& choices);
+    void randomDecimalsInSelectedCells(const RandomDecimalChoices& choices);
+    void fillSelectedCellsWithUuids(UuidVersion version, UuidForm form);
+    // Each member's rows (horizontally) or columns joined into their first
+    // cell, the others emptied.
+    void joinSelectedCells(bool horizontally, const QString& separator);
+    // Each selected cell's parts go to it and the cells to its right (or
+    // below), over what is there. By delimiter, or with `by_index` at the
+    // indexes parsed from `spec`.
+    void splitSelectedCells(bool horizontally, bool by_index, const QString& delimiter,
+                            const QList<int>& indexes);
+    // The main member's values in the new shape from its top left corner;
+    // false when the shape is invalid.
+    bool reshapeSelectedCells(const QString& answer, bool row_wise);
+    // The values a reshape would lay out: the main member's texts.
+    qsizetype reshapeValueCount() const;
+    // Members of at least this many cells are transformed on their stored
+    // bytes, a column of millions at once; smaller ones cell by cell.
+    qint64 bulk_transform_cells = 20000;
 
     // ---- Find and replace (tableview_find.cpp) ----
     // Moves the main cell to the next (previous) match; noMatchSignal when
