@@ -83,7 +83,7 @@ void Launcher::setGuide(const QString& text) {
                      QStringLiteral("<b style=\"color:%1;\">")
                          .arg(settings.theme().color(Theme::TextColor).name()));
     guide_label->setText(coloured);
-    guide_label->setFixedHeight(guide_label->sizeHint().height());
+    resizeWithExtra(extra_height);
 }
 
 QString Launcher::guideText() const {
@@ -137,9 +137,17 @@ QString Launcher::currentOptionResponse() const {
 }
 
 void Launcher::resizeWithExtra(int extra) {
+    extra_height = extra;
+    // Wrapped labels are as tall as the width they are given; until the pane
+    // places the launcher, its width is a guess.
+    const int text_width = std::max(width(), 400) - 20;
+    auto wrapped = [text_width](QLabel* label) {
+        if (!label) return 0;
+        const int h = label->heightForWidth(text_width);
+        return h > 0 ? h : label->sizeHint().height();
+    };
     int sum = prompt_label->sizeHint().height() + line_edit->sizeHint().height();
-    if (guide_label) sum += guide_label->sizeHint().height();
-    if (description_label) sum += description_label->sizeHint().height();
+    sum += wrapped(guide_label) + wrapped(description_label);
     if (option_list) {
         option_list->setFixedHeight(option_list->sizeHint().height());
         sum += option_list->sizeHint().height();

@@ -41,8 +41,10 @@ public:
     OptionListWidget* optionList() const { return option_list; }
     // Empty without a list or without a selection.
     QString currentOptionResponse() const;
-    // Height from the parts' size hints, plus `extra`.
-    void resizeWithExtra(int extra = 0);
+    // Height from the parts' size hints, plus `extra`; kept for later
+    // resizes (the pane calls it again once the width is known).
+    void resizeWithExtra(int extra);
+    void resizeWithExtra() { resizeWithExtra(extra_height); }
 
     void setSettings(const Settings& settings);
 
@@ -73,6 +75,7 @@ private:
     OptionListWidget* option_list = nullptr;
     QString current_file;
     bool answered = false;
+    int extra_height = 0;
 };
 
 // An answered step of a chain of prompts: the question above the answer.

@@ -455,6 +455,10 @@ void PaneView::placeLauncher() {
         strip->show();
         y += strip->height() + 10;
     }
+    if (launcher->width() != w) {
+        launcher->resize(w, launcher->height());
+        launcher->resizeWithExtra();
+    }
     launcher->setGeometry(x, y, w, launcher->height());
     launcher->raise();
     launcher->show();
