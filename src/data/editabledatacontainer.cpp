@@ -1092,6 +1092,9 @@ int EditableDataContainer::findInColumn(int column, int from, int step, int limi
 
 qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row,
                                          QByteArrayView bytes) {
+    // Rows past the stored ones are empty already: an empty text stores
+    // nothing there, or a save would write them out as lines.
+    if (bytes.isEmpty()) last_row = std::min(last_row, rows.size() - 1);
     if (column < 0 || first_row < 0 || last_row < first_row) return 0;
     if (last_row >= rows.size()) {
         rows.resize(last_row + 1);
@@ -1128,4 +1131,268 @@ qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row
     const qint64 first = fill(first_row, middle - 1);
     helper.join();
     return first + second;
+}
+
+// ---------------------------------------------------------------------------
+// Whole lines out and back
+
+namespace {
+
+// Whether position p lies in one of the ascending runs, walking `k` along
+// with ascending p.
+bool inRuns(const LineRuns& runs, size_t& k, int p) {
+    while (k < runs.size() && runs[k].end() <= p)
+        ++k;
+    return k < runs.size() && p >= runs[k].start;
+}
+
+int totalLength(const LineRuns& runs) {
+    int n = 0;
+    for (const LineRun& r : runs)
+        n += r.length;
+    return n;
+}
+
+// A row of `width` captured positions, as the store keeps it: cells up to
+// the last one with bytes, marks wherever the file had quotes.
+PackedRow rowFromCapture(StoredCells::Reader& reader, int width) {
+    PackedRowBuilder& b = rowBuilder();
+    int kept = 0;
+    for (int c = 0; c < width; ++c) {
+        bool quoted = false;
+        const QByteArrayView bytes = reader.next(&quoted);
+        if (!bytes.isEmpty()) {
+            b.appendEmpty(c - kept);
+            b.append(bytes);
+            kept = c + 1;
+        }
+        if (quoted) b.mark(c);
+    }
+    return b.build();
+}
+
+// Runs `work(first, last)` over [0, n), on two threads for many rows: each
+// row is its own block, so halves never meet.
+template <class Work> void splitRows(int n, Work&& work) {
+    constexpr int kSplitRows = 200000;
+    if (n < kSplitRows) {
+        work(0, n);
+        return;
+    }
+    const int middle = n / 2;
+    std::thread helper([&] { work(middle, n); });
+    work(0, middle);
+    helper.join();
+}
+
+} // namespace
+
+StoredCells EditableDataContainer::captureRowRuns(const LineRuns& runs) const {
+    int stored = 0;
+    for (const LineRun& run : runs)
+        stored += std::max(0, std::min(run.end(), rows.size()) - run.start);
+    StoredCells out(0, stored - 1, 0, column_count - 1);
+    for (const LineRun& run : runs)
+        for (int r = run.start; r < std::min(run.end(), rows.size()); ++r) {
+            const PackedRow& row = rows[r];
+            for (int c = 0; c < column_count; ++c)
+                out.append(c < row.size() ? row.cell(c) : QByteArrayView(), row.isQuoted(c));
+        }
+    out.squeeze();
+    return out;
+}
+
+void EditableDataContainer::removeRowRuns(const LineRuns& runs) {
+    if (runs.empty()) return;
+    int removed = 0, removed_stored = 0;
+    for (const LineRun& run : runs) {
+        const int end = std::min(run.end(), row_count);
+        if (run.start < end) removed += end - run.start;
+    }
+    const int stored = rows.size();
+    int w = std::min(runs.front().start, stored);
+    size_t k = 0;
+    for (int p = w; p < stored; ++p) {
+        if (inRuns(runs, k, p)) {
+            rows[p] = PackedRow();
+            ++removed_stored;
+        } else if (w != p) {
+            rows[w++] = std::move(rows[p]);
+        } else {
+            ++w;
+        }
+    }
+    rows.resize(w);
+    row_count -= removed;
+    giveBackFreedRows(removed_stored);
+}
+
+void EditableDataContainer::insertRowRuns(const LineRuns& runs, const StoredCells& cells,
+                                          int stored_rows) {
+    const int total = totalLength(runs);
+    if (total == 0) return;
+    const int width = cells.isEmpty() ? 0 : cells.lastColumn() - cells.firstColumn() + 1;
+    // The put-back rows first, in order; then one walk from the end puts
+    // every handle in place.
+    RelocatableVector<PackedRow> made;
+    StoredCells::Reader reader(cells);
+    for (const LineRun& run : runs)
+        for (int p = run.start; p < std::min(run.end(), stored_rows); ++p)
+            made.push_back(width ? rowFromCapture(reader, width) : PackedRow());
+    const int old_stored = rows.size();
+    const int new_stored = std::max(stored_rows, 0);
+    if (new_stored > old_stored) rows.resize(new_stored);
+    int old_p = old_stored - 1;
+    int made_p = made.size() - 1;
+    size_t k = runs.size();
+    // Walking down, each position takes a put-back row when a run claims
+    // it, else the next old row down; once both are used up in place the
+    // rows below are where they were.
+    for (int p = new_stored - 1; p >= 0; --p) {
+        if (made_p < 0 && old_p == p) break;
+        while (k > 0 && runs[k - 1].start > p)
+            --k;
+        const bool in_run = k > 0 && p < runs[k - 1].end();
+        if (in_run) {
+            rows[p] = made_p >= 0 ? std::move(made[made_p--]) : PackedRow();
+        } else if (old_p >= 0) {
+            if (old_p != p) rows[p] = std::move(rows[old_p]);
+            --old_p;
+        } else {
+            rows[p] = PackedRow();
+        }
+    }
+    if (new_stored < rows.size()) rows.resize(new_stored);
+    row_count += total;
+    column_count = std::max(column_count, width);
+}
+
+StoredCells EditableDataContainer::captureColumnRuns(const LineRuns& runs) const {
+    const int total = totalLength(runs);
+    StoredCells out(0, rows.size() - 1, 0, total - 1);
+    if (total == 0 || rows.empty()) return out;
+    for (int r = 0; r < rows.size(); ++r) {
+        const PackedRow& row = rows[r];
+        for (const LineRun& run : runs)
+            for (int c = run.start; c < run.end(); ++c)
+                out.append(c < row.size() ? row.cell(c) : QByteArrayView(), row.isQuoted(c));
+    }
+    out.squeeze();
+    return out;
+}
+
+void EditableDataContainer::removeColumnRuns(const LineRuns& runs) {
+    if (runs.empty()) return;
+    int removed = 0;
+    for (const LineRun& run : runs) {
+        const int end = std::min(run.end(), column_count);
+        if (run.start < end) removed += end - run.start;
+    }
+    const int first = runs.front().start;
+    splitRows(rows.size(), [&](int from, int to) {
+        for (int r = from; r < to; ++r) {
+            PackedRow& row = rows[r];
+            if (!reachesColumn(row, first)) continue;
+            PackedRowBuilder& b = rowBuilder();
+            const int n = std::max(row.size(), row.markedSize());
+            size_t k = 0;
+            int out = 0, kept = 0;
+            for (int c = 0; c < n; ++c) {
+                if (inRuns(runs, k, c)) continue;
+                const QByteArrayView bytes = c < row.size() ? row.cell(c) : QByteArrayView();
+                if (!bytes.isEmpty()) {
+                    b.appendEmpty(out - kept);
+                    b.append(bytes);
+                    kept = out + 1;
+                }
+                if (row.isQuoted(c)) b.mark(out);
+                ++out;
+            }
+            row = b.build();
+        }
+    });
+    column_count -= removed;
+}
+
+void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredCells& cells) {
+    const int total = totalLength(runs);
+    if (total == 0) return;
+    const int first = runs.front().start;
+    const int captured_rows = cells.isEmpty() ? 0 : std::min(cells.lastRow() + 1, rows.size());
+    auto work = [&](int from, int to) {
+        StoredCells::Reader reader(cells);
+        if (from < captured_rows) reader.skip(qint64(from) * total);
+        std::vector<QByteArrayView> put(static_cast<size_t>(total));
+        std::vector<char> put_quoted(static_cast<size_t>(total));
+        for (int r = from; r < to; ++r) {
+            PackedRow& row = rows[r];
+            bool any = false;
+            if (r < captured_rows)
+                for (int j = 0; j < total; ++j) {
+                    bool q = false;
+                    put[size_t(j)] = reader.next(&q);
+                    put_quoted[size_t(j)] = q;
+                    any = any || q || !put[size_t(j)].isEmpty();
+                }
+            if (!any && !reachesColumn(row, first)) continue;
+            PackedRowBuilder& b = rowBuilder();
+            const int n = std::max(row.size(), row.markedSize());
+            size_t k = 0;
+            int old_c = 0, j = 0, kept = 0;
+            // Positions of the new row: a run's position takes the next
+            // put-back cell, any other the next old one.
+            for (int p = 0; old_c < n || j < total; ++p) {
+                QByteArrayView bytes;
+                bool quoted = false;
+                if (inRuns(runs, k, p)) {
+                    if (r < captured_rows) {
+                        bytes = put[size_t(j)];
+                        quoted = put_quoted[size_t(j)];
+                    }
+                    ++j;
+                } else if (old_c < n) {
+                    bytes = old_c < row.size() ? row.cell(old_c) : QByteArrayView();
+                    quoted = row.isQuoted(old_c);
+                    ++old_c;
+                } else {
+                    // Past the old cells before the last run: empty.
+                }
+                if (!bytes.isEmpty()) {
+                    b.appendEmpty(p - kept);
+                    b.append(bytes);
+                    kept = p + 1;
+                }
+                if (quoted) b.mark(p);
+            }
+            row = b.build();
+        }
+    };
+    splitRows(rows.size(), work);
+    column_count += total;
+}
+
+void EditableDataContainer::rotateRows(const std::vector<int>& positions, int middle) {
+    if (positions.size() < 2 || middle <= 0 || middle >= int(positions.size())) return;
+    const int last = positions.back();
+    if (last >= rows.size()) rows.resize(last + 1);
+    row_count = std::max(row_count, last + 1);
+    const int first = positions.front();
+    if (last - first + 1 == int(positions.size())) {
+        std::rotate(rows.begin() + first, rows.begin() + first + middle, rows.begin() + last + 1);
+        return;
+    }
+    std::vector<PackedRow> held;
+    held.reserve(positions.size());
+    for (int p : positions)
+        held.push_back(std::move(rows[p]));
+    std::rotate(held.begin(), held.begin() + middle, held.end());
+    for (size_t i = 0; i < positions.size(); ++i)
+        rows[positions[i]] = std::move(held[i]);
+}
+
+void EditableDataContainer::dropEmptyStoredRowsFrom(int n) {
+    if (n < 0 || n >= rows.size()) return;
+    for (int r = n; r < rows.size(); ++r)
+        if (rows[r].columnCount() > 0 || rows[r].hasMarks()) return;
+    rows.resize(n);
 }
