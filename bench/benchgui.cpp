@@ -7,7 +7,7 @@
 
 bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
-           std::strcmp(command, "type") == 0;
+           std::strcmp(command, "type") == 0 || std::strcmp(command, "rows") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -18,5 +18,6 @@ int benchGui(int argc, char** argv) {
     if (command == "model") return benchModel(args);
     if (command == "view") return benchView(args);
     if (command == "type") return benchType(args);
+    if (command == "rows") return benchRows(args);
     return 2;
 }

@@ -9,3 +9,4 @@ bool isGuiCommand(const char* command);
 int benchModel(const QStringList& args);
 int benchView(const QStringList& args);
 int benchType(const QStringList& args);
+int benchRows(const QStringList& args);

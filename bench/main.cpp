@@ -58,7 +58,8 @@ int usage() {
                          "       gridmere-bench sort KEYFILE\n"
                          "       gridmere-bench model FILE\n"
                          "       gridmere-bench view FILE [--frames N]\n"
-                         "       gridmere-bench type FILE [--column C]\n");
+                         "       gridmere-bench type FILE [--column C]\n"
+                         "       gridmere-bench rows FILE [--runs N]\n");
     return 2;
 }
 
