@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <thread>
 
 #include <cerrno>
@@ -1138,14 +1139,6 @@ qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row
 
 namespace {
 
-// Whether position p lies in one of the ascending runs, walking `k` along
-// with ascending p.
-bool inRuns(const LineRuns& runs, size_t& k, int p) {
-    while (k < runs.size() && runs[k].end() <= p)
-        ++k;
-    return k < runs.size() && p >= runs[k].start;
-}
-
 int totalLength(const LineRuns& runs) {
     int n = 0;
     for (const LineRun& r : runs)
@@ -1209,19 +1202,32 @@ void EditableDataContainer::removeRowRuns(const LineRuns& runs) {
         const int end = std::min(run.end(), row_count);
         if (run.start < end) removed += end - run.start;
     }
+    // Row handles may move by their bytes: the taken rows are freed, the
+    // kept ones between them slide down a stretch at a time, and the slots
+    // left at the end, copies now, are zeroed before the size drops.
     const int stored = rows.size();
-    int w = std::min(runs.front().start, stored);
-    size_t k = 0;
-    for (int p = w; p < stored; ++p) {
-        if (inRuns(runs, k, p)) {
+    PackedRow* base = rows.begin();
+    int w = -1, kept_from = 0;
+    for (const LineRun& run : runs) {
+        const int s = std::min(run.start, stored), e = std::min(run.end(), stored);
+        for (int p = s; p < e; ++p)
             rows[p] = PackedRow();
-            ++removed_stored;
-        } else if (w != p) {
-            rows[w++] = std::move(rows[p]);
-        } else {
-            ++w;
+        removed_stored += e - s;
+        if (w < 0) {
+            w = s;
+        } else if (s > kept_from) {
+            std::memmove(static_cast<void*>(base + w), base + kept_from,
+                         sizeof(PackedRow) * size_t(s - kept_from));
+            w += s - kept_from;
         }
+        kept_from = e;
     }
+    if (stored > kept_from) {
+        std::memmove(static_cast<void*>(base + w), base + kept_from,
+                     sizeof(PackedRow) * size_t(stored - kept_from));
+        w += stored - kept_from;
+    }
+    std::memset(static_cast<void*>(base + w), 0, sizeof(PackedRow) * size_t(stored - w));
     rows.resize(w);
     row_count -= removed;
     giveBackFreedRows(removed_stored);
@@ -1232,37 +1238,32 @@ void EditableDataContainer::insertRowRuns(const LineRuns& runs, const StoredCell
     const int total = totalLength(runs);
     if (total == 0) return;
     const int width = cells.isEmpty() ? 0 : cells.lastColumn() - cells.firstColumn() + 1;
-    // The put-back rows first, in order; then one walk from the end puts
-    // every handle in place.
+    // The put-back rows first, in order; then the old rows slide up a
+    // stretch at a time from the end, and each run's slots take their rows.
     RelocatableVector<PackedRow> made;
     StoredCells::Reader reader(cells);
     for (const LineRun& run : runs)
         for (int p = run.start; p < std::min(run.end(), stored_rows); ++p)
             made.push_back(width ? rowFromCapture(reader, width) : PackedRow());
     const int old_stored = rows.size();
-    const int new_stored = std::max(stored_rows, 0);
-    if (new_stored > old_stored) rows.resize(new_stored);
-    int old_p = old_stored - 1;
-    int made_p = made.size() - 1;
-    size_t k = runs.size();
-    // Walking down, each position takes a put-back row when a run claims
-    // it, else the next old row down; once both are used up in place the
-    // rows below are where they were.
-    for (int p = new_stored - 1; p >= 0; --p) {
-        if (made_p < 0 && old_p == p) break;
-        while (k > 0 && runs[k - 1].start > p)
-            --k;
-        const bool in_run = k > 0 && p < runs[k - 1].end();
-        if (in_run) {
-            rows[p] = made_p >= 0 ? std::move(made[made_p--]) : PackedRow();
-        } else if (old_p >= 0) {
-            if (old_p != p) rows[p] = std::move(rows[old_p]);
-            --old_p;
-        } else {
-            rows[p] = PackedRow();
+    const int new_stored = old_stored + made.size();
+    rows.resize(new_stored);
+    PackedRow* base = rows.begin();
+    int old_end = old_stored, new_end = new_stored, m = made.size();
+    for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
+        const int s = it->start, e = std::min(it->end(), new_stored);
+        if (s >= new_stored) continue;
+        const int n = new_end - e;
+        std::memmove(static_cast<void*>(base + e), base + old_end - n,
+                     sizeof(PackedRow) * size_t(n));
+        old_end -= n;
+        for (int p = e - 1; p >= s; --p) {
+            // The slot holds a stale copy now: the handle goes in by its bytes.
+            std::memcpy(static_cast<void*>(base + p), &made[--m], sizeof(PackedRow));
+            std::memset(static_cast<void*>(&made[m]), 0, sizeof(PackedRow));
         }
+        new_end = s;
     }
-    if (new_stored < rows.size()) rows.resize(new_stored);
     row_count += total;
     column_count = std::max(column_count, width);
 }
@@ -1271,11 +1272,14 @@ StoredCells EditableDataContainer::captureColumnRuns(const LineRuns& runs) const
     const int total = totalLength(runs);
     StoredCells out(0, rows.size() - 1, 0, total - 1);
     if (total == 0 || rows.empty()) return out;
+    out.reserve(qsizetype(rows.size()) * total * 4);
     for (int r = 0; r < rows.size(); ++r) {
         const PackedRow& row = rows[r];
+        const int n = row.size();
+        const bool marks = row.hasMarks();
         for (const LineRun& run : runs)
             for (int c = run.start; c < run.end(); ++c)
-                out.append(c < row.size() ? row.cell(c) : QByteArrayView(), row.isQuoted(c));
+                out.append(c < n ? row.cell(c) : QByteArrayView(), marks && row.isQuoted(c));
     }
     out.squeeze();
     return out;
@@ -1293,21 +1297,25 @@ void EditableDataContainer::removeColumnRuns(const LineRuns& runs) {
         for (int r = from; r < to; ++r) {
             PackedRow& row = rows[r];
             if (!reachesColumn(row, first)) continue;
-            PackedRowBuilder& b = rowBuilder();
-            const int n = std::max(row.size(), row.markedSize());
-            size_t k = 0;
-            int out = 0, kept = 0;
-            for (int c = 0; c < n; ++c) {
-                if (inRuns(runs, k, c)) continue;
-                const QByteArrayView bytes = c < row.size() ? row.cell(c) : QByteArrayView();
-                if (!bytes.isEmpty()) {
-                    b.appendEmpty(out - kept);
-                    b.append(bytes);
-                    kept = out + 1;
-                }
-                if (row.isQuoted(c)) b.mark(out);
-                ++out;
+            // In the block itself when the row has no quote marks, from the
+            // last run down so that positions hold.
+            if (!row.hasMarks()) {
+                for (auto it = runs.rbegin(); it != runs.rend(); ++it)
+                    row.eraseCells(it->start, it->end());
+                continue;
             }
+            // The kept stretches between the runs, each in one go.
+            PackedRowBuilder& b = rowBuilder();
+            const int n = row.size();
+            int kept_from = 0, shift = 0;
+            for (const LineRun& run : runs) {
+                b.appendCells(row, std::min(kept_from, n), std::min(run.start, n));
+                b.copyMarks(row, kept_from, run.start, -shift);
+                shift += run.length;
+                kept_from = run.end();
+            }
+            b.appendCells(row, std::min(kept_from, n), n);
+            b.copyMarks(row, kept_from, row.markedSize(), -shift);
             row = b.build();
         }
     });
@@ -1327,43 +1335,77 @@ void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredC
         for (int r = from; r < to; ++r) {
             PackedRow& row = rows[r];
             bool any = false;
-            if (r < captured_rows)
+            int last_put = -1; // the last put-back cell with bytes
+            if (r >= captured_rows) {
+                std::fill(put.begin(), put.end(), QByteArrayView());
+                std::fill(put_quoted.begin(), put_quoted.end(), char(0));
+            } else {
                 for (int j = 0; j < total; ++j) {
                     bool q = false;
                     put[size_t(j)] = reader.next(&q);
                     put_quoted[size_t(j)] = q;
-                    any = any || q || !put[size_t(j)].isEmpty();
+                    any = any || q;
+                    if (!put[size_t(j)].isEmpty()) last_put = j;
                 }
-            if (!any && !reachesColumn(row, first)) continue;
-            PackedRowBuilder& b = rowBuilder();
-            const int n = std::max(row.size(), row.markedSize());
-            size_t k = 0;
-            int old_c = 0, j = 0, kept = 0;
-            // Positions of the new row: a run's position takes the next
-            // put-back cell, any other the next old one.
-            for (int p = 0; old_c < n || j < total; ++p) {
-                QByteArrayView bytes;
-                bool quoted = false;
-                if (inRuns(runs, k, p)) {
-                    if (r < captured_rows) {
-                        bytes = put[size_t(j)];
-                        quoted = put_quoted[size_t(j)];
-                    }
-                    ++j;
-                } else if (old_c < n) {
-                    bytes = old_c < row.size() ? row.cell(old_c) : QByteArrayView();
-                    quoted = row.isQuoted(old_c);
-                    ++old_c;
-                } else {
-                    // Past the old cells before the last run: empty.
-                }
-                if (!bytes.isEmpty()) {
-                    b.appendEmpty(p - kept);
-                    b.append(bytes);
-                    kept = p + 1;
-                }
-                if (quoted) b.mark(p);
             }
+            if (last_put < 0 && !any && !reachesColumn(row, first)) continue;
+            if (!any && !row.hasMarks() && !row.isNull()) {
+                // In the block itself: each run where the row reaches it,
+                // none past its end when nothing there holds bytes.
+                int size = row.size(), j0 = 0;
+                bool fits = true;
+                for (const LineRun& run : runs) {
+                    if (run.start > size) {
+                        fits = last_put < j0;
+                        break;
+                    }
+                    size += run.length;
+                    j0 += run.length;
+                }
+                if (fits) {
+                    size_t done = 0;
+                    int j = 0;
+                    for (; done < runs.size(); ++done) {
+                        const LineRun& run = runs[done];
+                        if (run.start > row.size()) break;
+                        if (!row.insertCells(run.start, put.data() + j, run.length)) {
+                            fits = false;
+                            break;
+                        }
+                        j += run.length;
+                    }
+                    if (fits) continue;
+                    // Offsets too narrow part way: the runs put in so far
+                    // come out again, and the row is rebuilt below.
+                    while (done-- > 0)
+                        row.eraseCells(runs[done].start, runs[done].end());
+                }
+            }
+            // Old stretches and put-back runs in turn; new positions are the
+            // old ones moved on by the runs before them.
+            PackedRowBuilder& b = rowBuilder();
+            const int n = row.size();
+            int old_from = 0, shift = 0, j = 0;
+            for (const LineRun& run : runs) {
+                const int old_to = run.start - shift; // old cells before this run
+                b.appendCells(row, std::min(old_from, n), std::min(old_to, n));
+                b.copyMarks(row, old_from, old_to, shift);
+                const bool more_old = old_to < n;
+                for (int k = 0; k < run.length; ++k, ++j) {
+                    if (r < captured_rows && put_quoted[size_t(j)]) b.mark(run.start + k);
+                    if (!more_old && j > last_put) continue;
+                    // Cells before this one that were cut short are empty.
+                    b.appendEmpty(run.start + k - b.size());
+                    b.append(r < captured_rows ? put[size_t(j)] : QByteArrayView());
+                }
+                old_from = old_to;
+                shift += run.length;
+            }
+            if (old_from < n) {
+                b.appendEmpty(old_from + shift - b.size());
+                b.appendCells(row, old_from, n);
+            }
+            b.copyMarks(row, old_from, row.markedSize(), shift);
             row = b.build();
         }
     };

@@ -403,6 +403,10 @@ private:
     // following the visible data's.
     void beginLineChange();
     void endLineChange();
+    void afterLineChange();
+    bool insertRawLines(bool rows, int raw, int count);
+    RemovedLines takeRawLines(bool rows, const LineRuns& runs);
+    bool rotateModelLines(bool rows, int first, int middle, int last);
     void updateHiddenContext();
     void refreshThemeCaches();
     static qint64 estimateRowCount(const QString& filepath);

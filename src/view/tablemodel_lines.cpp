@@ -253,6 +253,10 @@ void TableModel::endLineChange() {
     suppress_layout_signals = layout_was_suppressed;
     size_only = false;
     emit layoutChanged();
+    afterLineChange();
+}
+
+void TableModel::afterLineChange() {
     last_data_row = table_data.numModelRows() - 1;
     last_data_col = table_data.numModelColumns() - 1;
     enforceTableSize();
@@ -260,40 +264,105 @@ void TableModel::endLineChange() {
     emit refreshHeadersSignal();
 }
 
-bool TableModel::insertRawRows(int raw_row, int count) {
-    beginLineChange();
-    const int rows = table_data.numRawRows();
+// A change of one run of shown lines tells the grid exactly where lines
+// come or go, so that it moves its labels in one step; any other change
+// (several runs, hidden lines among them) re-lays the whole grid out, which
+// on millions of lines costs the grid a walk over all of them.
+namespace {
+
+// How many of the ascending hidden lines lie in [first, last).
+int hiddenIn(const std::vector<int>& hidden, int first, int last) {
+    return int(std::lower_bound(hidden.begin(), hidden.end(), last) -
+               std::lower_bound(hidden.begin(), hidden.end(), first));
+}
+
+} // namespace
+
+bool TableModel::insertRawLines(bool rows, int raw, int count) {
+    const int size = rows ? table_data.numRawRows() : table_data.numRawColumns();
+    const std::vector<int> hidden = rows ? rawHiddenRows() : rawHiddenCols();
     // Below the data the table first grows to the position.
-    const bool ok = raw_row > rows ? table_data.insertRawRows(rows, raw_row - rows + count)
-                                   : table_data.insertRawRows(raw_row, count);
-    endLineChange();
+    const int at = std::min(raw, size);
+    const int n = raw > size ? raw - size + count : count;
+    const int model_at = at - hiddenIn(hidden, 0, at);
+    if (rows)
+        beginInsertRows({}, model_at, model_at + n - 1);
+    else
+        beginInsertColumns({}, model_at, model_at + n - 1);
+    const bool ok = rows ? table_data.insertRawRows(at, n) : table_data.insertRawColumns(at, n);
+    (rows ? num_model_rows : num_model_cols) += n;
+    if (rows)
+        endInsertRows();
+    else
+        endInsertColumns();
+    afterLineChange();
     return ok;
+}
+
+RemovedLines TableModel::takeRawLines(bool rows, const LineRuns& runs) {
+    const int size = rows ? table_data.numRawRows() : table_data.numRawColumns();
+    const std::vector<int> hidden = rows ? rawHiddenRows() : rawHiddenCols();
+    if (runs.size() == 1 && runs[0].start < size &&
+        hiddenIn(hidden, runs[0].start, runs[0].end()) == 0) {
+        const int len = std::min(runs[0].end(), size) - runs[0].start;
+        const int model_at = runs[0].start - hiddenIn(hidden, 0, runs[0].start);
+        if (rows)
+            beginRemoveRows({}, model_at, model_at + len - 1);
+        else
+            beginRemoveColumns({}, model_at, model_at + len - 1);
+        RemovedLines taken = rows ? table_data.takeRawRows(runs) : table_data.takeRawColumns(runs);
+        (rows ? num_model_rows : num_model_cols) -= len;
+        if (rows)
+            endRemoveRows();
+        else
+            endRemoveColumns();
+        afterLineChange();
+        return taken;
+    }
+    beginLineChange();
+    RemovedLines taken = rows ? table_data.takeRawRows(runs) : table_data.takeRawColumns(runs);
+    endLineChange();
+    return taken;
+}
+
+bool TableModel::insertRawRows(int raw_row, int count) {
+    return insertRawLines(true, raw_row, count);
 }
 
 bool TableModel::insertRawCols(int raw_col, int count) {
-    beginLineChange();
-    const int cols = table_data.numRawColumns();
-    const bool ok = raw_col > cols ? table_data.insertRawColumns(cols, raw_col - cols + count)
-                                   : table_data.insertRawColumns(raw_col, count);
-    endLineChange();
-    return ok;
+    return insertRawLines(false, raw_col, count);
 }
 
 RemovedLines TableModel::takeRawRows(const LineRuns& runs) {
-    beginLineChange();
-    RemovedLines taken = table_data.takeRawRows(runs);
-    endLineChange();
-    return taken;
+    return takeRawLines(true, runs);
 }
 
 RemovedLines TableModel::takeRawCols(const LineRuns& runs) {
-    beginLineChange();
-    RemovedLines taken = table_data.takeRawColumns(runs);
-    endLineChange();
-    return taken;
+    return takeRawLines(false, runs);
 }
 
 void TableModel::restoreRawLines(const RemovedLines& lines) {
+    if (lines.runs.empty()) return;
+    // The model's axis of the lines: the store's, turned when transposed.
+    const bool rows = lines.stored_rows != table_data.isTransposed();
+    if (lines.runs.size() == 1) {
+        // Lines come back shown, after the hidden ones below them.
+        const LineRun run = lines.runs[0];
+        const std::vector<int> hidden = rows ? rawHiddenRows() : rawHiddenCols();
+        const int model_at = run.start - hiddenIn(hidden, 0, run.start);
+        if (rows)
+            beginInsertRows({}, model_at, model_at + run.length - 1);
+        else
+            beginInsertColumns({}, model_at, model_at + run.length - 1);
+        table_data.restoreRawLines(lines);
+        (rows ? num_model_rows : num_model_cols) += run.length;
+        if (rows)
+            endInsertRows();
+        else
+            endInsertColumns();
+        afterLineChange();
+        return;
+    }
     beginLineChange();
     table_data.restoreRawLines(lines);
     endLineChange();
@@ -309,18 +378,33 @@ void TableModel::truncateRawCols(int count) {
     if (cols > count) takeRawCols({{count, cols - count}});
 }
 
-bool TableModel::rotateModelRows(int first, int middle, int last) {
-    beginLineChange();
-    const bool ok = table_data.rotateModelRows(first, middle, last);
-    endLineChange();
+bool TableModel::rotateModelLines(bool rows, int first, int middle, int last) {
+    const int visible = rows ? table_data.numModelRows() : table_data.numModelColumns();
+    if (last > visible) {
+        // Reaching past the data grows the table: a new layout.
+        beginLineChange();
+        const bool ok = rows ? table_data.rotateModelRows(first, middle, last)
+                             : table_data.rotateModelColumns(first, middle, last);
+        endLineChange();
+        return ok;
+    }
+    // Lines change places among themselves: only their cells repaint.
+    const bool ok = rows ? table_data.rotateModelRows(first, middle, last)
+                         : table_data.rotateModelColumns(first, middle, last);
+    if (rows)
+        emit dataChanged(index(first, 0), index(last - 1, std::max(num_model_cols - 1, 0)), {});
+    else
+        emit dataChanged(index(0, first), index(std::max(num_model_rows - 1, 0), last - 1), {});
+    emit refreshHeadersSignal();
     return ok;
 }
 
+bool TableModel::rotateModelRows(int first, int middle, int last) {
+    return rotateModelLines(true, first, middle, last);
+}
+
 bool TableModel::rotateModelCols(int first, int middle, int last) {
-    beginLineChange();
-    const bool ok = table_data.rotateModelColumns(first, middle, last);
-    endLineChange();
-    return ok;
+    return rotateModelLines(false, first, middle, last);
 }
 
 void TableModel::transpose() {

@@ -88,12 +88,23 @@ int LineCommand::mainCross() const {
     return rows ? main.col : main.row;
 }
 
+void LineCommand::fitLinesNearMain() {
+    // Fitting every line of a table of millions costs seconds; the lines
+    // around the main cell are the ones on screen.
+    const int main = rows ? model->mainCell().row : model->mainCell().col;
+    const int count = rows ? model->rowCount() : model->columnCount();
+    std::vector<int> near;
+    for (int i = std::max(main - 100, 0); i < std::min(main + 100, count); ++i)
+        near.push_back(i);
+    if (rows)
+        emit model->enforceAutoFitRowHeightsSignal(near);
+    else
+        emit model->enforceAutoFitColWidthsSignal(near);
+}
+
 void LineCommand::finishRedo() {
     model->enforceTableSize();
-    if (rows)
-        emit model->enforceAutoFitRowHeightsAllSignal();
-    else
-        emit model->enforceAutoFitColWidthsAllSignal();
+    fitLinesNearMain();
     model->setColSort({2, 1, -1});
     model->setRowSort({2, 0, -1});
     emit model->refreshHeadersSignal();
@@ -104,10 +115,7 @@ void LineCommand::finishRedo() {
 
 void LineCommand::finishUndo() {
     model->enforceTableSize();
-    if (rows)
-        emit model->enforceAutoFitRowHeightsAllSignal();
-    else
-        emit model->enforceAutoFitColWidthsAllSignal();
+    fitLinesNearMain();
     model->setColSort(col_sort_state.record());
     emit model->refreshHeadersSignal();
     model->setRowSort(row_sort_state.record());

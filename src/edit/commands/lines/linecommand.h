@@ -44,6 +44,7 @@ protected:
     void finishRedo();
     // After an undo: the same, with the sort arrows put back.
     void finishUndo();
+    void fitLinesNearMain();
 
     // The hidden lists, for a step that may take hidden lines out: putting
     // lines back does not hide them again.

@@ -1,5 +1,6 @@
 #include "transposetablecommand.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -18,6 +19,15 @@ Range turned(Range r) {
     return r;
 }
 
+// The columns on screen after the turn: fitting all of them, a column per
+// row of a long table, would cost seconds.
+void fitColumns(TableModel* model) {
+    std::vector<int> cols;
+    for (int c = 0; c < std::min(model->columnCount(), 200); ++c)
+        cols.push_back(c);
+    emit model->enforceAutoFitColWidthsSignal(cols);
+}
+
 } // namespace
 
 TransposeTableCommand::TransposeTableCommand(TableModel* m, RangeVector selection,
@@ -34,7 +44,7 @@ void TransposeTableCommand::redo() {
     model->setColSort({2, 1, -1});
     model->setRowSort({2, 0, -1});
     emit model->refreshHeadersSignal();
-    emit model->enforceAutoFitColWidthsAllSignal();
+    fitColumns(model);
     emit model->scrollToMainCellSignal(true, false);
     emit model->updateFindReplaceMatchesSignal();
     model->saveIfSaveAfterEachEdit();
@@ -47,7 +57,7 @@ void TransposeTableCommand::undo() {
     emit model->refreshHeadersSignal();
     model->setRowSort(row_sort_state.record());
     emit model->refreshHeadersSignal();
-    emit model->enforceAutoFitColWidthsAllSignal();
+    fitColumns(model);
     emit model->scrollToMainCellSignal(true, false);
     emit model->updateFindReplaceMatchesSignal();
     model->saveIfSaveAfterEachEdit();
