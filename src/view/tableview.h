@@ -104,8 +104,10 @@ public:
     void transposeTable();
     void transposeSelectedCells();
     // Split each selected cell by `rule` into the cells to its right
-    // (`horizontal`) or below; `insert_lines` opens new lines for the parts.
-    void splitSelectedCells(bool horizontal, const SplitRule& rule, bool insert_lines);
+    // (`horizontal`) or below, as one undo step; with `insert_lines` new
+    // lines open after each split line first, so nothing is overwritten
+    // ("Split Selected Cells Horizontally, Move Rest of Row Right").
+    void splitCells(bool horizontal, const SplitRule& rule, bool insert_lines);
     // Hide and show (`rows` or columns).
     void hideSelected(bool rows);
     void hideAllButSelected(bool rows);

@@ -85,7 +85,7 @@ void TableView::transposeTable() {
     pushCommand(new TransposeTableCommand(table_model, table_model->selectionRanges()));
 }
 
-void TableView::splitSelectedCells(bool horizontal, const SplitRule& rule, bool insert_lines) {
+void TableView::splitCells(bool horizontal, const SplitRule& rule, bool insert_lines) {
     if (!readyToChange(true)) return;
     pushCommand(new SplitCellsCommand(table_model, table_model->selectionRanges(), horizontal, rule,
                                       insert_lines));

@@ -190,7 +190,7 @@ private slots:
                 rule.by_delimiter = pick(2);
                 rule.delimiter = pick(2) ? QStringLiteral(" ") : QString();
                 rule.indexes = {1, -1};
-                view->splitSelectedCells(on_rows, rule, pick(2));
+                view->splitCells(on_rows, rule, pick(2));
                 break;
             }
             case 18:
@@ -498,7 +498,7 @@ private slots:
             m.selectSingleCell(Range(0, 1, Range::Model));
             SplitRule rule;
             rule.delimiter = QStringLiteral(" ");
-            view->splitSelectedCells(true, rule, true);
+            view->splitCells(true, rule, true);
         }
         QCOMPARE(saved(*view), expected);
         view->commandUndo();
