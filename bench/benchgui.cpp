@@ -8,7 +8,8 @@
 bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
            std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
-           std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0;
+           std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0 ||
+           std::strcmp(command, "rows") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -22,5 +23,6 @@ int benchGui(int argc, char** argv) {
     if (command == "launcher") return benchLauncher(args);
     if (command == "find") return benchFind(args);
     if (command == "transform") return benchTransform(args);
+    if (command == "rows") return benchRows(args);
     return 2;
 }

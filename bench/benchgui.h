@@ -12,3 +12,4 @@ int benchType(const QStringList& args);
 int benchLauncher(const QStringList& args);
 int benchFind(const QStringList& args);
 int benchTransform(const QStringList& args);
+int benchRows(const QStringList& args);

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <thread>
 
 #include <cerrno>
@@ -1092,6 +1093,9 @@ int EditableDataContainer::findInColumn(int column, int from, int step, int limi
 
 qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row,
                                          QByteArrayView bytes) {
+    // Rows past the stored ones are empty already: an empty text stores
+    // nothing there, or a save would write them out as lines.
+    if (bytes.isEmpty()) last_row = std::min(last_row, rows.size() - 1);
     if (column < 0 || first_row < 0 || last_row < first_row) return 0;
     if (last_row >= rows.size()) {
         rows.resize(last_row + 1);
@@ -1128,4 +1132,309 @@ qint64 EditableDataContainer::fillColumn(int column, int first_row, int last_row
     const qint64 first = fill(first_row, middle - 1);
     helper.join();
     return first + second;
+}
+
+// ---------------------------------------------------------------------------
+// Whole lines out and back
+
+namespace {
+
+int totalLength(const LineRuns& runs) {
+    int n = 0;
+    for (const LineRun& r : runs)
+        n += r.length;
+    return n;
+}
+
+// A row of `width` captured positions, as the store keeps it: cells up to
+// the last one with bytes, marks wherever the file had quotes.
+PackedRow rowFromCapture(StoredCells::Reader& reader, int width) {
+    PackedRowBuilder& b = rowBuilder();
+    int kept = 0;
+    for (int c = 0; c < width; ++c) {
+        bool quoted = false;
+        const QByteArrayView bytes = reader.next(&quoted);
+        if (!bytes.isEmpty()) {
+            b.appendEmpty(c - kept);
+            b.append(bytes);
+            kept = c + 1;
+        }
+        if (quoted) b.mark(c);
+    }
+    return b.build();
+}
+
+// Runs `work(first, last)` over [0, n), on two threads for many rows: each
+// row is its own block, so halves never meet.
+template <class Work> void splitRows(int n, Work&& work) {
+    constexpr int kSplitRows = 200000;
+    if (n < kSplitRows) {
+        work(0, n);
+        return;
+    }
+    const int middle = n / 2;
+    std::thread helper([&] { work(middle, n); });
+    work(0, middle);
+    helper.join();
+}
+
+} // namespace
+
+StoredCells EditableDataContainer::captureRowRuns(const LineRuns& runs) const {
+    int stored = 0;
+    for (const LineRun& run : runs)
+        stored += std::max(0, std::min(run.end(), rows.size()) - run.start);
+    StoredCells out(0, stored - 1, 0, column_count - 1);
+    for (const LineRun& run : runs)
+        for (int r = run.start; r < std::min(run.end(), rows.size()); ++r) {
+            const PackedRow& row = rows[r];
+            for (int c = 0; c < column_count; ++c)
+                out.append(c < row.size() ? row.cell(c) : QByteArrayView(), row.isQuoted(c));
+        }
+    out.squeeze();
+    return out;
+}
+
+void EditableDataContainer::removeRowRuns(const LineRuns& runs) {
+    if (runs.empty()) return;
+    int removed = 0, removed_stored = 0;
+    for (const LineRun& run : runs) {
+        const int end = std::min(run.end(), row_count);
+        if (run.start < end) removed += end - run.start;
+    }
+    // Row handles may move by their bytes: the taken rows are freed, the
+    // kept ones between them slide down a stretch at a time, and the slots
+    // left at the end, copies now, are zeroed before the size drops.
+    const int stored = rows.size();
+    PackedRow* base = rows.begin();
+    int w = -1, kept_from = 0;
+    for (const LineRun& run : runs) {
+        const int s = std::min(run.start, stored), e = std::min(run.end(), stored);
+        for (int p = s; p < e; ++p)
+            rows[p] = PackedRow();
+        removed_stored += e - s;
+        if (w < 0) {
+            w = s;
+        } else if (s > kept_from) {
+            std::memmove(static_cast<void*>(base + w), base + kept_from,
+                         sizeof(PackedRow) * size_t(s - kept_from));
+            w += s - kept_from;
+        }
+        kept_from = e;
+    }
+    if (stored > kept_from) {
+        std::memmove(static_cast<void*>(base + w), base + kept_from,
+                     sizeof(PackedRow) * size_t(stored - kept_from));
+        w += stored - kept_from;
+    }
+    std::memset(static_cast<void*>(base + w), 0, sizeof(PackedRow) * size_t(stored - w));
+    rows.resize(w);
+    row_count -= removed;
+    giveBackFreedRows(removed_stored);
+}
+
+void EditableDataContainer::insertRowRuns(const LineRuns& runs, const StoredCells& cells,
+                                          int stored_rows) {
+    const int total = totalLength(runs);
+    if (total == 0) return;
+    const int width = cells.isEmpty() ? 0 : cells.lastColumn() - cells.firstColumn() + 1;
+    // The put-back rows first, in order; then the old rows slide up a
+    // stretch at a time from the end, and each run's slots take their rows.
+    RelocatableVector<PackedRow> made;
+    StoredCells::Reader reader(cells);
+    for (const LineRun& run : runs)
+        for (int p = run.start; p < std::min(run.end(), stored_rows); ++p)
+            made.push_back(width ? rowFromCapture(reader, width) : PackedRow());
+    const int old_stored = rows.size();
+    const int new_stored = old_stored + made.size();
+    rows.resize(new_stored);
+    PackedRow* base = rows.begin();
+    int old_end = old_stored, new_end = new_stored, m = made.size();
+    for (auto it = runs.rbegin(); it != runs.rend(); ++it) {
+        const int s = it->start, e = std::min(it->end(), new_stored);
+        if (s >= new_stored) continue;
+        const int n = new_end - e;
+        std::memmove(static_cast<void*>(base + e), base + old_end - n,
+                     sizeof(PackedRow) * size_t(n));
+        old_end -= n;
+        for (int p = e - 1; p >= s; --p) {
+            // The slot holds a stale copy now: the handle goes in by its bytes.
+            std::memcpy(static_cast<void*>(base + p), &made[--m], sizeof(PackedRow));
+            std::memset(static_cast<void*>(&made[m]), 0, sizeof(PackedRow));
+        }
+        new_end = s;
+    }
+    row_count += total;
+    column_count = std::max(column_count, width);
+}
+
+StoredCells EditableDataContainer::captureColumnRuns(const LineRuns& runs) const {
+    const int total = totalLength(runs);
+    StoredCells out(0, rows.size() - 1, 0, total - 1);
+    if (total == 0 || rows.empty()) return out;
+    out.reserve(qsizetype(rows.size()) * total * 4);
+    for (int r = 0; r < rows.size(); ++r) {
+        const PackedRow& row = rows[r];
+        const int n = row.size();
+        const bool marks = row.hasMarks();
+        for (const LineRun& run : runs)
+            for (int c = run.start; c < run.end(); ++c)
+                out.append(c < n ? row.cell(c) : QByteArrayView(), marks && row.isQuoted(c));
+    }
+    out.squeeze();
+    return out;
+}
+
+void EditableDataContainer::removeColumnRuns(const LineRuns& runs) {
+    if (runs.empty()) return;
+    int removed = 0;
+    for (const LineRun& run : runs) {
+        const int end = std::min(run.end(), column_count);
+        if (run.start < end) removed += end - run.start;
+    }
+    const int first = runs.front().start;
+    splitRows(rows.size(), [&](int from, int to) {
+        for (int r = from; r < to; ++r) {
+            PackedRow& row = rows[r];
+            if (!reachesColumn(row, first)) continue;
+            // In the block itself when the row has no quote marks, from the
+            // last run down so that positions hold.
+            if (!row.hasMarks()) {
+                for (auto it = runs.rbegin(); it != runs.rend(); ++it)
+                    row.eraseCells(it->start, it->end());
+                continue;
+            }
+            // The kept stretches between the runs, each in one go.
+            PackedRowBuilder& b = rowBuilder();
+            const int n = row.size();
+            int kept_from = 0, shift = 0;
+            for (const LineRun& run : runs) {
+                b.appendCells(row, std::min(kept_from, n), std::min(run.start, n));
+                b.copyMarks(row, kept_from, run.start, -shift);
+                shift += run.length;
+                kept_from = run.end();
+            }
+            b.appendCells(row, std::min(kept_from, n), n);
+            b.copyMarks(row, kept_from, row.markedSize(), -shift);
+            row = b.build();
+        }
+    });
+    column_count -= removed;
+}
+
+void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredCells& cells) {
+    const int total = totalLength(runs);
+    if (total == 0) return;
+    const int first = runs.front().start;
+    const int captured_rows = cells.isEmpty() ? 0 : std::min(cells.lastRow() + 1, rows.size());
+    auto work = [&](int from, int to) {
+        StoredCells::Reader reader(cells);
+        if (from < captured_rows) reader.skip(qint64(from) * total);
+        std::vector<QByteArrayView> put(static_cast<size_t>(total));
+        std::vector<char> put_quoted(static_cast<size_t>(total));
+        for (int r = from; r < to; ++r) {
+            PackedRow& row = rows[r];
+            bool any = false;
+            int last_put = -1; // the last put-back cell with bytes
+            if (r >= captured_rows) {
+                std::fill(put.begin(), put.end(), QByteArrayView());
+                std::fill(put_quoted.begin(), put_quoted.end(), char(0));
+            } else {
+                for (int j = 0; j < total; ++j) {
+                    bool q = false;
+                    put[size_t(j)] = reader.next(&q);
+                    put_quoted[size_t(j)] = q;
+                    any = any || q;
+                    if (!put[size_t(j)].isEmpty()) last_put = j;
+                }
+            }
+            if (last_put < 0 && !any && !reachesColumn(row, first)) continue;
+            if (!any && !row.hasMarks() && !row.isNull()) {
+                // In the block itself: each run where the row reaches it,
+                // none past its end when nothing there holds bytes.
+                int size = row.size(), j0 = 0;
+                bool fits = true;
+                for (const LineRun& run : runs) {
+                    if (run.start > size) {
+                        fits = last_put < j0;
+                        break;
+                    }
+                    size += run.length;
+                    j0 += run.length;
+                }
+                if (fits) {
+                    size_t done = 0;
+                    int j = 0;
+                    for (; done < runs.size(); ++done) {
+                        const LineRun& run = runs[done];
+                        if (run.start > row.size()) break;
+                        if (!row.insertCells(run.start, put.data() + j, run.length)) {
+                            fits = false;
+                            break;
+                        }
+                        j += run.length;
+                    }
+                    if (fits) continue;
+                    // Offsets too narrow part way: the runs put in so far
+                    // come out again, and the row is rebuilt below.
+                    while (done-- > 0)
+                        row.eraseCells(runs[done].start, runs[done].end());
+                }
+            }
+            // Old stretches and put-back runs in turn; new positions are the
+            // old ones moved on by the runs before them.
+            PackedRowBuilder& b = rowBuilder();
+            const int n = row.size();
+            int old_from = 0, shift = 0, j = 0;
+            for (const LineRun& run : runs) {
+                const int old_to = run.start - shift; // old cells before this run
+                b.appendCells(row, std::min(old_from, n), std::min(old_to, n));
+                b.copyMarks(row, old_from, old_to, shift);
+                const bool more_old = old_to < n;
+                for (int k = 0; k < run.length; ++k, ++j) {
+                    if (r < captured_rows && put_quoted[size_t(j)]) b.mark(run.start + k);
+                    if (!more_old && j > last_put) continue;
+                    // Cells before this one that were cut short are empty.
+                    b.appendEmpty(run.start + k - b.size());
+                    b.append(r < captured_rows ? put[size_t(j)] : QByteArrayView());
+                }
+                old_from = old_to;
+                shift += run.length;
+            }
+            if (old_from < n) {
+                b.appendEmpty(old_from + shift - b.size());
+                b.appendCells(row, old_from, n);
+            }
+            b.copyMarks(row, old_from, row.markedSize(), shift);
+            row = b.build();
+        }
+    };
+    splitRows(rows.size(), work);
+    column_count += total;
+}
+
+void EditableDataContainer::rotateRows(const std::vector<int>& positions, int middle) {
+    if (positions.size() < 2 || middle <= 0 || middle >= int(positions.size())) return;
+    const int last = positions.back();
+    if (last >= rows.size()) rows.resize(last + 1);
+    row_count = std::max(row_count, last + 1);
+    const int first = positions.front();
+    if (last - first + 1 == int(positions.size())) {
+        std::rotate(rows.begin() + first, rows.begin() + first + middle, rows.begin() + last + 1);
+        return;
+    }
+    std::vector<PackedRow> held;
+    held.reserve(positions.size());
+    for (int p : positions)
+        held.push_back(std::move(rows[p]));
+    std::rotate(held.begin(), held.begin() + middle, held.end());
+    for (size_t i = 0; i < positions.size(); ++i)
+        rows[positions[i]] = std::move(held[i]);
+}
+
+void EditableDataContainer::dropEmptyStoredRowsFrom(int n) {
+    if (n < 0 || n >= rows.size()) return;
+    for (int r = n; r < rows.size(); ++r)
+        if (rows[r].columnCount() > 0 || rows[r].hasMarks()) return;
+    rows.resize(n);
 }

@@ -2,6 +2,7 @@
 
 #include "abstractdatacontainer.h"
 #include "fillbits.h"
+#include "linerun.h"
 #include "packedrow.h"
 #include "relocatablevector.h"
 
@@ -108,6 +109,26 @@ public:
     // Chunks of at least twice this many bytes are read on two threads.
     // Tests lower it to put the split into small files.
     void setParallelThreshold(qint64 bytes) { parallel_threshold = bytes; }
+
+    // Whole lines out and back for undo steps, each in one pass over the
+    // store however many runs there are. Runs are ascending and disjoint.
+    // Taken rows keep every position up to the column count, quote marks
+    // included; rows past the stored ones (a count only) hold nothing.
+    StoredCells captureRowRuns(const LineRuns& runs) const;
+    void removeRowRuns(const LineRuns& runs);
+    // Runs are positions after the insertion. The first `stored_rows` rows
+    // of the result are stored ones, the put-back ones among them made from
+    // `cells` in order.
+    void insertRowRuns(const LineRuns& runs, const StoredCells& cells, int stored_rows);
+    StoredCells captureColumnRuns(const LineRuns& runs) const;
+    void removeColumnRuns(const LineRuns& runs);
+    void insertColumnRuns(const LineRuns& runs, const StoredCells& cells);
+    // The row handles at the ascending `positions` rotated so that the one at
+    // positions[middle] comes first, as std::rotate does; other rows stay.
+    void rotateRows(const std::vector<int>& positions, int middle);
+    // Drops stored rows from n on when none holds a byte or a quote mark:
+    // a step that wrote past the stored rows and was taken back leaves them.
+    void dropEmptyStoredRowsFrom(int n);
 
     // Sort application: P[i] is the position the line now at i moves to.
     // Row handles and cells move; no byte is copied. `step(done, total)` is

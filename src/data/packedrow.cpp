@@ -221,6 +221,129 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
 }
 
 namespace {
+
+uint64_t getEnd(const uint8_t* p, size_t w) {
+    switch (w) {
+    case 1:
+        return *p;
+    case 2: {
+        uint16_t v;
+        std::memcpy(&v, p, 2);
+        return v;
+    }
+    case 4: {
+        uint32_t v;
+        std::memcpy(&v, p, 4);
+        return v;
+    }
+    default: {
+        uint64_t v;
+        std::memcpy(&v, p, 8);
+        return v;
+    }
+    }
+}
+
+void putEnd(uint8_t* p, size_t w, uint64_t v) {
+    switch (w) {
+    case 1:
+        *p = uint8_t(v);
+        break;
+    case 2: {
+        const auto t = uint16_t(v);
+        std::memcpy(p, &t, 2);
+        break;
+    }
+    case 4: {
+        const auto t = uint32_t(v);
+        std::memcpy(p, &t, 4);
+        break;
+    }
+    default:
+        std::memcpy(p, &v, 8);
+    }
+}
+
+} // namespace
+
+bool PackedRow::eraseCells(int from, int to) {
+    if (hasMarks()) return false;
+    const int count = size();
+    to = std::min(to, count);
+    if (!block_ || from < 0 || from >= to) return true;
+    const size_t w = width();
+    const size_t header = headerBytes();
+    const size_t total = size_t(field(1));
+    uint8_t* data = block_ + header;
+    const uint8_t* ends = data + total;
+    const size_t start = from ? size_t(getEnd(ends + size_t(from - 1) * w, w)) : 0;
+    const size_t stop = size_t(getEnd(ends + size_t(to - 1) * w, w));
+    const size_t d = stop - start;
+    const size_t k = size_t(to - from);
+    std::memmove(data + start, data + stop, total - stop);
+    const size_t new_total = total - d;
+    // The ends move down with the bytes; each lands at or below where it
+    // was read from, so one pass upwards is safe.
+    uint8_t* new_ends = data + new_total;
+    for (size_t i = 0; i < size_t(from); ++i)
+        putEnd(new_ends + i * w, w, getEnd(ends + i * w, w));
+    for (size_t i = size_t(to); i < size_t(count); ++i)
+        putEnd(new_ends + (i - k) * w, w, getEnd(ends + i * w, w) - d);
+    putEnd(block_ + 1, w, uint64_t(count) - k);
+    putEnd(block_ + 1 + w, w, new_total);
+    return true;
+}
+
+bool PackedRow::insertCells(int at, const QByteArrayView* cells, int n) {
+    if (hasMarks() || !block_ || at < 0 || at > size() || n < 0) return false;
+    if (n == 0) return true;
+    const size_t w = width();
+    const size_t count = size_t(field(0));
+    const size_t total = size_t(field(1));
+    size_t add = 0;
+    for (int j = 0; j < n; ++j)
+        add += size_t(cells[j].size());
+    const size_t new_total = total + add, new_count = count + size_t(n);
+    const uint64_t limit = w == 8 ? UINT64_MAX : (uint64_t(1) << (8 * w)) - 1;
+    if (new_total > limit || new_count > limit) return false;
+    const size_t header = headerBytes();
+    const size_t needed = header + new_total + std::max(new_count * w, kSlack);
+    if (needed > malloc_usable_size(block_)) {
+        void* grown = std::realloc(block_, needed);
+        if (!grown) throw std::bad_alloc();
+        block_ = static_cast<uint8_t*>(grown);
+    }
+    uint8_t* data = block_ + header;
+    const uint8_t* ends = data + total;
+    uint8_t* new_ends = data + new_total;
+    const size_t start = at ? size_t(getEnd(ends + size_t(at - 1) * w, w)) : 0;
+    // Ends first, from the top down: each lands at or above where it was
+    // read from, and above the bytes that will grow into the old ends.
+    for (size_t j = new_count; j-- > 0;) {
+        uint64_t v;
+        if (j >= size_t(at) + size_t(n)) {
+            v = getEnd(ends + (j - size_t(n)) * w, w) + add;
+        } else if (j >= size_t(at)) {
+            v = start;
+            for (size_t q = size_t(at); q <= j; ++q)
+                v += uint64_t(cells[q - size_t(at)].size());
+        } else {
+            v = getEnd(ends + j * w, w);
+        }
+        putEnd(new_ends + j * w, w, v);
+    }
+    std::memmove(data + start + add, data + start, total - start);
+    size_t p = start;
+    for (int j = 0; j < n; ++j) {
+        if (!cells[j].isEmpty()) std::memcpy(data + p, cells[j].data(), size_t(cells[j].size()));
+        p += size_t(cells[j].size());
+    }
+    putEnd(block_ + 1, w, new_count);
+    putEnd(block_ + 1 + w, w, new_total);
+    return true;
+}
+
+namespace {
 // Lines may have more fields than the 64 that `quoted` can mark.
 inline size_t quotedAt(uint64_t quoted, int k) {
     return k < 64 ? (quoted >> k) & 1 : 0;

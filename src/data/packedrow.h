@@ -146,6 +146,15 @@ public:
     // Typing into a selected column rewrites every row's cell at each
     // keystroke, and this keeps that to a move of the row's tail.
     bool replaceCell(int i, QByteArrayView bytes);
+    // Cells [from, to) taken out in the block itself; the block keeps its
+    // room. False, with the row untouched, for a row with quote marks: the
+    // caller rebuilds it. A column removed from millions of rows and put
+    // back then costs no allocation at all.
+    bool eraseCells(int from, int to);
+    // `n` unquoted cells put in before cell `at` (at most size()), growing
+    // the block when it lacks room. False, with the row untouched, for a row
+    // with marks or when the offsets would have to widen.
+    bool insertCells(int at, const QByteArrayView* cells, int n);
 
 private:
     friend class PackedRowBuilder;

@@ -280,6 +280,11 @@ bool TableData::setRawData(int raw_row, int raw_column, const QString& text) {
 
 bool TableData::setStoredCell(int row, int column, const QString& text) {
     if (row < 0 || column < 0) return false;
+    // A row past the stored ones is empty already; storing it for an empty
+    // text would add a line to the saved file that undo cannot take back.
+    if (text.isEmpty() && container_kind != ReadOnlyKind && container &&
+        row >= static_cast<const EditableDataContainer*>(container.get())->storedRowCount())
+        return false;
     const int columns_before = num_raw_cols;
     bool grew = false;
     if (row >= num_raw_rows) {

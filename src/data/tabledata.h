@@ -3,6 +3,7 @@
 #include "abstractdatacontainer.h"
 #include "dialect.h"
 #include "fillbits.h"
+#include "linerun.h"
 #include "storedcells.h"
 
 #include <QMutex>
@@ -78,6 +79,49 @@ public:
     bool insertColumns(int model_column, int count);
     bool removeRows(int model_row, int count);
     bool removeColumns(int model_column, int count);
+
+    // ---- Whole lines for the row and column commands ----
+    // Raw positions here are the model's (with the table transposed, a raw
+    // row is a stored column). Each keeps the hidden lists in step.
+    //
+    // `count` empty lines at a raw position: hidden positions at or above it
+    // move up first. A position past the table's end touches only them and
+    // gives false: that is the caller's fault.
+    bool insertRawRows(int raw_row, int count);
+    bool insertRawColumns(int raw_column, int count);
+    // Takes the lines of the runs out (the part inside the table), with
+    // their cells as stored, to be put back by restoreRawLines. Hidden
+    // positions inside a run go; those above drop by what went below them.
+    RemovedLines takeRawRows(const LineRuns& runs);
+    RemovedLines takeRawColumns(const LineRuns& runs);
+    // Puts taken lines back where they were, cells, quote marks and all;
+    // hidden positions move up past them. Lines that were hidden come back
+    // shown: the caller restores its hidden lists.
+    bool restoreRawLines(const RemovedLines& lines);
+    // Model positions [first, last) rotated so that the line at `middle`
+    // comes first, as std::rotate does. Hidden lines between them keep their
+    // raw places; a range reaching past the data grows the table to it.
+    bool rotateModelRows(int first, int middle, int last);
+    bool rotateModelColumns(int first, int middle, int last);
+    // One line moved across hidden ones: from model position p by distance d.
+    bool moveRow(int model_row, int distance);
+    bool moveColumn(int model_column, int distance);
+    // How many rows the store holds (not the logical count), for a step
+    // that may leave empty stored rows past them to give back.
+    int storedRowMark() const;
+    void restoreStoredRowMark(int mark);
+
+    // ---- Duplicates and empties, on raw bytes ----
+    // Raw lines from `first` on that repeat an earlier one, ascending. Lines
+    // are compared on the raw positions `compared` across them (all when
+    // empty), byte for byte: "a" and "A" differ.
+    std::vector<int> duplicateRawRows(int first_row,
+                                      const std::vector<int>& compared_columns) const;
+    std::vector<int> duplicateRawColumns(int first_column,
+                                         const std::vector<int>& compared_rows) const;
+    // Raw lines from `first` on with no bytes at the compared positions.
+    std::vector<int> emptyRawRows(int first_row, const std::vector<int>& compared_columns) const;
+    std::vector<int> emptyRawColumns(int first_column, const std::vector<int>& compared_rows) const;
 
     // The block rule of Ctrl+arrow movement on the raw table: from the cell
     // (raw_row, raw_column), direction 0 up, 1 down, 2 left, 3 right, the raw
@@ -175,6 +219,11 @@ private:
     // Stored column c's bits become those of column to(c), or go when that
     // is negative.
     void moveFillColumns(const std::function<int(int)>& to);
+    bool insertRawLines(bool stored_rows, int raw, int count);
+    RemovedLines takeLines(bool stored_rows, const LineRuns& runs);
+    bool rotateLines(bool stored_rows, int first, int middle, int last);
+    std::vector<int> duplicateLines(bool stored_rows, int first,
+                                    const std::vector<int>& compared) const;
     // Line surgery on the stored axis (rows, or columns when false).
     bool insertLines(bool stored_rows, int model_pos, int count);
     bool removeLines(bool stored_rows, int model_pos, int count);

@@ -90,7 +90,7 @@ std::vector<Run> rawRuns(const std::vector<int>& hidden, int model_pos, int coun
     return runs;
 }
 
-void dropHiddenForRemoval(std::vector<int>& hidden, const std::vector<Run>& runs) {
+template <class Runs> void dropHiddenForRemoval(std::vector<int>& hidden, const Runs& runs) {
     std::vector<int> kept;
     kept.reserve(hidden.size());
     size_t k = 0;
@@ -224,4 +224,223 @@ int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
         return std::min(std::max(p, 0), limit);
     }
     return step > 0 ? limit : 0;
+}
+
+// ---------------------------------------------------------------------------
+// Whole lines for the row and column commands
+
+namespace {
+
+// Hidden positions past put-back runs (positions after the insertion,
+// ascending) move up by the lines put back at or below them.
+void shiftHiddenForRuns(std::vector<int>& hidden, const LineRuns& runs) {
+    int added = 0;
+    size_t k = 0;
+    for (int& h : hidden) {
+        while (k < runs.size() && runs[k].start <= h + added)
+            added += runs[k++].length;
+        h += added;
+    }
+}
+
+// Above this many lines a change drops the fill bits rather than walk them:
+// they are made again on the next block move that needs them.
+constexpr int kFillBitsWalkLimit = 65536;
+
+} // namespace
+
+bool TableData::insertRawLines(bool stored_rows, int raw, int count) {
+    if (count < 1 || raw < 0 || !container || container_kind == ReadOnlyKind) return false;
+    std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
+    int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
+    shiftHiddenForInsert(hidden, raw, count);
+    if (raw > num_raw) return false;
+    const bool ok =
+        stored_rows ? container->insertRows(raw, count) : container->insertColumns(raw, count);
+    if (!ok) {
+        forgetFillBits();
+        return false;
+    }
+    if (stored_rows) {
+        for (auto& entry : fill_bits)
+            fillbits::insert(entry.second, raw, count);
+    } else {
+        moveFillColumns([raw, count](int c) { return c >= raw ? c + count : c; });
+        for (int c = raw; c < raw + count; ++c)
+            fill_bits.try_emplace(c);
+    }
+    num_raw = stored_rows ? container->rowCount() : container->columnCount();
+    emitTableSize();
+    return true;
+}
+
+bool TableData::insertRawRows(int raw_row, int count) {
+    return insertRawLines(!transposed, raw_row, count);
+}
+
+bool TableData::insertRawColumns(int raw_column, int count) {
+    return insertRawLines(transposed, raw_column, count);
+}
+
+RemovedLines TableData::takeLines(bool stored_rows, const LineRuns& asked) {
+    RemovedLines out;
+    out.stored_rows = stored_rows;
+    if (!container || container_kind == ReadOnlyKind) return out;
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
+    for (const LineRun& run : asked) {
+        const int start = std::max(run.start, 0), end = std::min(run.end(), num_raw);
+        if (start >= end) continue;
+        if (!out.runs.empty() && out.runs.back().end() >= start) {
+            out.runs.back().length = std::max(out.runs.back().end(), end) - out.runs.back().start;
+            continue;
+        }
+        out.runs.push_back({start, end - start});
+    }
+    if (out.runs.empty()) return out;
+    out.stored_rows_before = editable->storedRowCount();
+    if (stored_rows) {
+        out.cells = editable->captureRowRuns(out.runs);
+        editable->removeRowRuns(out.runs);
+        for (auto& entry : fill_bits)
+            fillbits::remove(entry.second, out.runs);
+    } else {
+        out.cells = editable->captureColumnRuns(out.runs);
+        editable->removeColumnRuns(out.runs);
+        const LineRuns& runs = out.runs;
+        moveFillColumns([&runs](int c) {
+            int before = 0;
+            for (const LineRun& run : runs) {
+                if (c < run.start) break;
+                if (c < run.end()) return -1;
+                before += run.length;
+            }
+            return c - before;
+        });
+    }
+    dropHiddenForRemoval(stored_rows ? hidden_rows : hidden_columns, out.runs);
+    num_raw = stored_rows ? editable->rowCount() : editable->columnCount();
+    emitTableSize();
+    return out;
+}
+
+RemovedLines TableData::takeRawRows(const LineRuns& runs) {
+    return takeLines(!transposed, runs);
+}
+
+RemovedLines TableData::takeRawColumns(const LineRuns& runs) {
+    return takeLines(transposed, runs);
+}
+
+bool TableData::restoreRawLines(const RemovedLines& lines) {
+    if (lines.runs.empty() || !container || container_kind == ReadOnlyKind) return false;
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    const bool stored_rows = lines.stored_rows;
+    shiftHiddenForRuns(stored_rows ? hidden_rows : hidden_columns, lines.runs);
+    const int total = lines.count();
+    if (stored_rows) {
+        editable->insertRowRuns(lines.runs, lines.cells, lines.stored_rows_before);
+        if (lines.runs.size() > 64 || total > kFillBitsWalkLimit) {
+            forgetFillBits();
+        } else {
+            for (auto& entry : fill_bits)
+                for (const LineRun& run : lines.runs) {
+                    fillbits::insert(entry.second, run.start, run.length);
+                    for (int r = run.start; r < run.end(); ++r)
+                        if (!editable->cellView(r, entry.first).isEmpty())
+                            fillbits::set(entry.second, r, true);
+                }
+        }
+    } else {
+        editable->insertColumnRuns(lines.runs, lines.cells);
+        const LineRuns& runs = lines.runs;
+        // Old columns move up past the runs; the put-back ones have no bits
+        // until a block move asks for them.
+        moveFillColumns([&runs](int c) {
+            int pos = c;
+            for (const LineRun& run : runs) {
+                if (run.start > pos) break;
+                pos += run.length;
+            }
+            return pos;
+        });
+    }
+    num_raw_rows = editable->rowCount();
+    num_raw_cols = editable->columnCount();
+    emitTableSize();
+    return true;
+}
+
+bool TableData::rotateLines(bool stored_rows, int first, int middle, int last) {
+    if (first < 0 || middle <= first || last <= middle || !container ||
+        container_kind == ReadOnlyKind)
+        return false;
+    auto* editable = static_cast<EditableDataContainer*>(container.get());
+    const std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
+    std::vector<int> positions;
+    positions.reserve(size_t(last - first));
+    for (int m = first; m < last; ++m)
+        positions.push_back(indexmapping::rawFromModel(hidden, m));
+    const int n = int(positions.size());
+    const int shift = middle - first;
+    // The line at positions[j] goes to positions[(j - shift) mod n].
+    auto destination = [&](int j) { return positions[size_t((j - shift + n) % n)]; };
+    if (stored_rows) {
+        if (n > kFillBitsWalkLimit) {
+            forgetFillBits();
+        } else {
+            std::vector<char> was(static_cast<size_t>(n));
+            for (auto& entry : fill_bits) {
+                for (int j = 0; j < n; ++j)
+                    was[size_t(j)] = fillbits::test(entry.second, positions[size_t(j)]);
+                for (int j = 0; j < n; ++j)
+                    fillbits::set(entry.second, destination(j), was[size_t(j)]);
+            }
+        }
+        editable->rotateRows(positions, shift);
+    } else {
+        std::vector<int> P(size_t(positions.back() + 1));
+        for (int c = 0; c < int(P.size()); ++c)
+            P[size_t(c)] = c;
+        for (int j = 0; j < n; ++j)
+            P[size_t(positions[size_t(j)])] = destination(j);
+        editable->applyColumnPermutation(P);
+        moveFillColumns([&P](int c) { return c < int(P.size()) ? P[size_t(c)] : c; });
+    }
+    // The counts are kept as stored, whatever the transposition.
+    const int rows = editable->rowCount(), cols = editable->columnCount();
+    if (rows != num_raw_rows || cols != num_raw_cols) {
+        num_raw_rows = rows;
+        num_raw_cols = cols;
+        emitTableSize();
+    }
+    return true;
+}
+
+bool TableData::rotateModelRows(int first, int middle, int last) {
+    return rotateLines(!transposed, first, middle, last);
+}
+
+bool TableData::rotateModelColumns(int first, int middle, int last) {
+    return rotateLines(transposed, first, middle, last);
+}
+
+bool TableData::moveRow(int p, int d) {
+    if (d == 0 || p < 0 || p + d < 0) return false;
+    return d < 0 ? rotateModelRows(p + d, p, p + 1) : rotateModelRows(p, p + 1, p + d + 1);
+}
+
+bool TableData::moveColumn(int p, int d) {
+    if (d == 0 || p < 0 || p + d < 0) return false;
+    return d < 0 ? rotateModelColumns(p + d, p, p + 1) : rotateModelColumns(p, p + 1, p + d + 1);
+}
+
+int TableData::storedRowMark() const {
+    if (!container || container_kind == ReadOnlyKind) return 0;
+    return static_cast<const EditableDataContainer*>(container.get())->storedRowCount();
+}
+
+void TableData::restoreStoredRowMark(int mark) {
+    if (!container || container_kind == ReadOnlyKind) return;
+    static_cast<EditableDataContainer*>(container.get())->dropEmptyStoredRowsFrom(mark);
 }

@@ -20,6 +20,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -268,6 +269,43 @@ public:
     void setEncodingSet(bool on) { encoding_set = on; }
     void setParsingStandardSet(bool on) { parsing_standard_set = on; }
 
+    // ---- Whole rows and columns (tablemodel_lines.cpp) ----
+    // The model lines the selection touches (`any_cell`), or only those it
+    // covers whole; ascending, open ends cut at the data's last line.
+    std::vector<int> selectedRows(const RangeVector& ranges, bool any_cell) const;
+    std::vector<int> selectedCols(const RangeVector& ranges, bool any_cell) const;
+    // The selected model cells line by line: each selected row with its
+    // selected columns (groupByRow), or each column with its rows.
+    std::map<int, std::vector<int>> groupByRow(const RangeVector& ranges) const;
+    std::map<int, std::vector<int>> groupByColumn(const RangeVector& ranges) const;
+    // The user's hidden lines, raw and ascending, and their setters, which
+    // show the table with the new list at once.
+    std::vector<int> rawHiddenRows() const;
+    std::vector<int> rawHiddenCols() const;
+    void setHiddenRows(std::vector<int> raw_rows);
+    void setHiddenCols(std::vector<int> raw_cols);
+    // Raw data lines (header lines excluded) empty in every cell, or with
+    // `based_on_selected` in the cells of the selected columns (rows).
+    std::vector<int> emptyRows(bool based_on_selected) const;
+    std::vector<int> emptyCols(bool based_on_selected) const;
+    // Raw data lines that repeat an earlier line exactly (case counts), on
+    // the whole line or the selected cross lines; axis 0 rows, 1 columns.
+    std::vector<int> findDuplicates(int axis, bool based_on_selected) const;
+    // Line changes of the commands: the data first, then the model's own
+    // count brought in step at its end, the size rule and the labels.
+    bool insertRawRows(int raw_row, int count);
+    bool insertRawCols(int raw_col, int count);
+    RemovedLines takeRawRows(const LineRuns& runs);
+    RemovedLines takeRawCols(const LineRuns& runs);
+    void restoreRawLines(const RemovedLines& lines);
+    // Cuts the data back to `count` raw lines, taking back growth.
+    void truncateRawRows(int count);
+    void truncateRawCols(int count);
+    bool rotateModelRows(int first, int middle, int last);
+    bool rotateModelCols(int first, int middle, int last);
+    // Rows and columns exchange in O(1): the data is never moved.
+    void transpose();
+
     // ---- Clipboard ----
     // The selection as "text/csv" (several cells), plain text and, under
     // 10,000 cells, an HTML table. The caller owns the result.
@@ -377,6 +415,15 @@ private:
     bool expand(int code, bool vertical, bool at_edge, bool* popped);
     int moveAlong(int model_row, int model_col, int code, bool vertical) const;
     void clampSelectionTo(bool rows);
+    // Around a change of whole lines: layout signals, and the model's count
+    // following the visible data's.
+    void beginLineChange();
+    void endLineChange();
+    void afterLineChange();
+    bool insertRawLines(bool rows, int raw, int count);
+    RemovedLines takeRawLines(bool rows, const LineRuns& runs);
+    bool rotateModelLines(bool rows, int first, int middle, int last);
+    void updateHiddenContext();
     void refreshThemeCaches();
     static qint64 estimateRowCount(const QString& filepath);
     void growDuringLoad(int curr_num_reports, int num_total_reports);
@@ -454,4 +501,6 @@ private:
     bool growth_pending = false;
     qint64 load_row_estimate = 0;
     mutable qint64 display_reads = 0;
+    int line_change_rows = 0;
+    int line_change_cols = 0;
 };

@@ -62,8 +62,16 @@ RangeVector TableModel::toRawRanges(const RangeVector& ranges) const {
                 start_raw = r;
             }
         }
-        // Lines past the data keep their distance, as positions past the data do.
-        result.push_back({start, last, first <= end ? start_raw : first + hidden});
+        // Lines past the data keep their distance from its end, as positions
+        // past the data do; hidden lines at the data's end lie between.
+        if (first > end) {
+            result.push_back({first, last, first + hidden});
+        } else if (last > end && start_raw + (end - start) + 1 != end + 1 + hidden) {
+            result.push_back({start, end, start_raw});
+            result.push_back({end + 1, last, end + 1 + hidden});
+        } else {
+            result.push_back({start, last, start_raw});
+        }
         return result;
     };
     auto slice = [](const std::vector<QVariant>& v, int from, int to) {

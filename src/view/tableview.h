@@ -18,6 +18,7 @@
 class HeaderView;
 class TableDelegate;
 class TableUndoCommand;
+struct SplitRule;
 class QTableWidget;
 class QUndoStack;
 class QVariantAnimation;
@@ -80,6 +81,50 @@ public:
     // menu's commands do.
     void moveCellContents(int row_offset, int col_offset);
     void duplicateCellContents(Direction direction);
+    // ---- Whole rows and columns (tableview_lines.cpp) ----
+    // Each pushes one undo step, or nothing when it would change nothing.
+    // `count` 0: before (or after) each run of selected lines, as many lines
+    // as the run holds; otherwise `count` lines at each run.
+    void insertRows(int count, bool before);
+    void insertCols(int count, bool before);
+    // "Insert Cells, Move Rest of Row Right" (rows) and "... Column Down".
+    void insertCellsMoveRest(bool rows);
+    void removeRows();
+    void removeCols();
+    // "Remove Selected Cells, Move Rest of Row Left" (rows), "... Column Up".
+    void removeSelectedCellsMoveRest(bool rows);
+    // "Remove Selected Cells and the Rest of Their Rows" (rows) or Columns.
+    void removeSelectedCellsAndRestOfLines(bool rows);
+    // Whole selected lines one place: -1 up (left), 1 down (right).
+    void moveRowsRelative(int offset);
+    void moveColsRelative(int offset);
+    // The selected lines to stand just above model row `target` (left of
+    // model column `target`), in their order.
+    void moveRowsAbove(int target);
+    void moveColsLeftOf(int target);
+    // `count` copies of each selected line below (right of) it.
+    void duplicateRows(int count);
+    void duplicateCols(int count);
+    void transposeTable();
+    void transposeSelectedCells();
+    // Split each selected cell by `rule` into the cells to its right
+    // (`horizontal`) or below, as one undo step; with `insert_lines` new
+    // lines open after each split line first, so nothing is overwritten
+    // ("Split Selected Cells Horizontally, Move Rest of Row Right").
+    void splitCells(bool horizontal, const SplitRule& rule, bool insert_lines);
+    // Hide and show (`rows` or columns).
+    void hideSelected(bool rows);
+    void hideAllButSelected(bool rows);
+    void hideEmpty(bool rows);
+    void showAllHidden(bool rows);
+    void showHiddenInSelection(bool rows);
+    void showEmpty(bool rows);
+    // Empties and duplicates, on whole lines or the selected cross lines.
+    void removeEmpty(bool rows, bool based_on_selected);
+    void removeDuplicates(bool rows, bool based_on_selected);
+    void selectDuplicates(bool rows, bool based_on_selected);
+    void removeAllFilteredOutAndHiddenData();
+    void removeExtraneousRowsAndColumns();
     bool isEditing() const { return context & CellEditing; }
     // "Edit Selected Cell": the main cell's text stays, the cursor at its end.
     void editSelectedCell();
@@ -259,6 +304,9 @@ private:
     void openCellEditor(bool blank);
     void widenColumnsFor(const QString& text);
     bool handleEditingKey(QKeyEvent* e);
+    // Ends a running edit; false when the table may not change.
+    bool readyToChange(bool writes);
+    void applyHidden(bool rows, std::vector<int> hidden);
     void dragEnterEvent(QDragEnterEvent* e) override;
     void dragMoveEvent(QDragMoveEvent* e) override;
     void dropEvent(QDropEvent* e) override;

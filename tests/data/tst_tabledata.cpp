@@ -338,6 +338,267 @@ private slots:
         }
     }
 
+    // The line operations of the commands against a plain reference: a
+    // grid of texts in the model's raw frame and the two hidden lists.
+    // Random inserts at raw positions, rotations of model positions across
+    // hidden lines and takes of runs, on either axis and transposed or not;
+    // every take is put back at once too and must give back the same bytes.
+    void lineOperationsFollowReference() {
+        std::mt19937 rng(11);
+        for (int round = 0; round < 60; ++round) {
+            using Grid = std::vector<std::vector<QString>>;
+            const int rows0 = 1 + int(rng() % 9), cols0 = 1 + int(rng() % 5);
+            Grid grid(static_cast<size_t>(rows0), std::vector<QString>(static_cast<size_t>(cols0)));
+            QByteArray csv;
+            for (int r = 0; r < rows0; ++r) {
+                for (int c = 0; c < cols0; ++c) {
+                    const int kind = int(rng() % 4);
+                    const QString text = kind == 0 ? QString() : QString("%1.%2").arg(r).arg(c);
+                    grid[size_t(r)][size_t(c)] = text;
+                    csv += (c ? "," : "") + (kind == 3 ? '"' + text.toUtf8() + '"' : text.toUtf8());
+                }
+                csv += '\n';
+            }
+            TableData t;
+            loadText(t, csv);
+            std::vector<int> hidden[2];
+            auto setHidden = [&](int axis, std::vector<int> h) {
+                hidden[axis] = h;
+                const bool stored_rows = (axis == 0) != t.isTransposed();
+                if (stored_rows)
+                    t.setHiddenRows(std::move(h));
+                else
+                    t.setHiddenColumns(std::move(h));
+            };
+            auto hiddenOf = [&](int axis) {
+                return (axis == 0) != t.isTransposed() ? t.hiddenRows() : t.hiddenColumns();
+            };
+            auto size = [&](int axis) {
+                return axis == 0 ? int(grid.size()) : grid.empty() ? 0 : int(grid[0].size());
+            };
+            auto randomHidden = [&](int axis) {
+                std::vector<int> h;
+                for (int i = 0; i < size(axis); ++i)
+                    if (rng() % 4 == 0) h.push_back(i);
+                setHidden(axis, h);
+            };
+            randomHidden(0);
+            randomHidden(1);
+            auto saved = [&] {
+                const QString path = dir.filePath("lines.csv");
+                return t.saveAs(path, false, false) ? readFile(path) : QByteArray("<failed>");
+            };
+            for (int step = 0; step < 12; ++step) {
+                const int axis = int(rng() % 2);
+                const int n = size(axis);
+                // Lines of the grid along `axis`: get, insert, erase.
+                auto line = [&](int i) {
+                    std::vector<QString> out;
+                    if (axis == 0) return grid[size_t(i)];
+                    for (auto& row : grid)
+                        out.push_back(row[size_t(i)]);
+                    return out;
+                };
+                auto putLine = [&](int i, const std::vector<QString>& v) {
+                    if (axis == 0) {
+                        grid[size_t(i)] = v;
+                        return;
+                    }
+                    for (size_t r = 0; r < grid.size(); ++r)
+                        grid[r][size_t(i)] = v[r];
+                };
+                auto insertLines = [&](int at, int count) {
+                    if (axis == 0)
+                        grid.insert(grid.begin() + at, size_t(count),
+                                    std::vector<QString>(size_t(size(1))));
+                    else
+                        for (auto& row : grid)
+                            row.insert(row.begin() + at, size_t(count), QString());
+                };
+                auto eraseLine = [&](int at) {
+                    if (axis == 0)
+                        grid.erase(grid.begin() + at);
+                    else
+                        for (auto& row : grid)
+                            row.erase(row.begin() + at);
+                };
+                const int op = int(rng() % 4);
+                if (op == 0) {
+                    const int at = int(rng() % unsigned(n + 1)), count = 1 + int(rng() % 3);
+                    QVERIFY(axis == 0 ? t.insertRawRows(at, count) : t.insertRawColumns(at, count));
+                    insertLines(at, count);
+                    for (int& h : hidden[axis])
+                        if (h >= at) h += count;
+                } else if (op == 1 && n > 0) {
+                    std::vector<int> picked;
+                    for (int i = 0; i < n; ++i)
+                        if (rng() % 3 == 0) picked.push_back(i);
+                    const LineRuns runs = runsOf(picked);
+                    const QByteArray before = saved();
+                    const std::vector<int> hidden_before = hiddenOf(axis);
+                    RemovedLines taken = axis == 0 ? t.takeRawRows(runs) : t.takeRawColumns(runs);
+                    QCOMPARE(taken.count(), int(picked.size()));
+                    if (rng() % 2) {
+                        // Put back: the same bytes once the hidden list is back.
+                        QVERIFY(picked.empty() || t.restoreRawLines(taken));
+                        std::vector<int> expect_shown;
+                        for (int h : hidden_before)
+                            if (!std::binary_search(picked.begin(), picked.end(), h))
+                                expect_shown.push_back(h);
+                        QCOMPARE(hiddenOf(axis), expect_shown);
+                        setHidden(axis, hidden_before);
+                        QCOMPARE(saved(), before);
+                    } else {
+                        for (auto it = picked.rbegin(); it != picked.rend(); ++it)
+                            eraseLine(*it);
+                        std::vector<int> kept;
+                        for (int h : hidden[axis]) {
+                            if (std::binary_search(picked.begin(), picked.end(), h)) continue;
+                            kept.push_back(h -
+                                           int(std::lower_bound(picked.begin(), picked.end(), h) -
+                                               picked.begin()));
+                        }
+                        hidden[axis] = kept;
+                    }
+                } else if (op == 2) {
+                    // A rotation of model positions, reaching past the data
+                    // now and then.
+                    const int visible = n - int(hidden[axis].size());
+                    const int last = 2 + int(rng() % unsigned(visible + 2));
+                    const int first = int(rng() % unsigned(last - 1));
+                    const int middle = first + 1 + int(rng() % unsigned(last - first - 1));
+                    std::vector<int> positions;
+                    for (int m = first; m < last; ++m)
+                        positions.push_back(indexmapping::rawFromModel(hidden[axis], m));
+                    QVERIFY(axis == 0 ? t.rotateModelRows(first, middle, last)
+                                      : t.rotateModelColumns(first, middle, last));
+                    if (positions.back() >= n) insertLines(n, positions.back() + 1 - n);
+                    std::vector<std::vector<QString>> lines;
+                    for (int p : positions)
+                        lines.push_back(line(p));
+                    std::rotate(lines.begin(), lines.begin() + (middle - first), lines.end());
+                    for (size_t i = 0; i < positions.size(); ++i)
+                        putLine(positions[i], lines[i]);
+                } else {
+                    t.setTransposed(!t.isTransposed());
+                    Grid turned(static_cast<size_t>(size(1)),
+                                std::vector<QString>(static_cast<size_t>(size(0))));
+                    for (int r = 0; r < size(0); ++r)
+                        for (int c = 0; c < size(1); ++c)
+                            turned[size_t(c)][size_t(r)] = grid[size_t(r)][size_t(c)];
+                    grid.swap(turned);
+                    std::swap(hidden[0], hidden[1]);
+                }
+                const QString where = QString("round %1 step %2 op %3 axis %4")
+                                          .arg(round)
+                                          .arg(step)
+                                          .arg(op)
+                                          .arg(axis);
+                QVERIFY2(t.numRawRows() == size(0), qPrintable(where));
+                QVERIFY2(t.numRawColumns() == (size(0) ? size(1) : t.numRawColumns()),
+                         qPrintable(where));
+                QCOMPARE(hiddenOf(0), hidden[0]);
+                QCOMPARE(hiddenOf(1), hidden[1]);
+                for (int r = 0; r < size(0); ++r)
+                    for (int c = 0; c < size(1); ++c)
+                        if (t.rawData(r, c).toString() != grid[size_t(r)][size_t(c)])
+                            QFAIL(qPrintable(
+                                QString("round %1 step %2 op %3 axis %4: (%5,%6) %7, "
+                                        "want %8")
+                                    .arg(round)
+                                    .arg(step)
+                                    .arg(op)
+                                    .arg(axis)
+                                    .arg(r)
+                                    .arg(c)
+                                    .arg(t.rawData(r, c).toString(), grid[size_t(r)][size_t(c)])));
+                if (size(0) == 0 || size(1) == 0) break;
+            }
+        }
+    }
+
+    // One row moved across hidden ones: they keep their places.
+    void moveRowAcrossHidden() {
+        TableData t;
+        loadText(t, "a\nb\nc\nd\ne\n");
+        t.setHiddenRows({1, 2});
+        QVERIFY(t.moveRow(0, 2)); // model 0 (a) to model 2, past b and c
+        QStringList got;
+        for (int r = 0; r < 5; ++r)
+            got << t.rawData(r, 0).toString();
+        QCOMPARE(got, QStringList({"d", "b", "c", "e", "a"}));
+        QCOMPARE(t.hiddenRows(), (std::vector<int>{1, 2}));
+        QSignalSpy size(&t, &TableData::tableSizeChangedSignal);
+        QVERIFY(t.moveRow(2, 3)); // past the end: the table grows to hold it
+        QCOMPARE(t.numRawRows(), 8);
+        QCOMPARE(t.rawData(7, 0).toString(), QString("a"));
+        QCOMPARE(size.count(), 1);
+    }
+
+    // Duplicates and empties on raw bytes, against a reference made by
+    // comparing texts: case counts, missing and empty cells are the same.
+    void duplicatesAndEmpties() {
+        std::mt19937 rng(5);
+        const char* const kTexts[] = {"", "a", "A", "ab", "a,b", "1"};
+        for (int round = 0; round < 100; ++round) {
+            const int rows = 1 + int(rng() % 12), cols = 1 + int(rng() % 4);
+            std::vector<std::vector<QString>> grid(static_cast<size_t>(rows));
+            QByteArray csv;
+            for (int r = 0; r < rows; ++r) {
+                for (int c = 0; c < cols; ++c) {
+                    const QByteArray text = kTexts[rng() % 6];
+                    grid[size_t(r)].push_back(QString::fromUtf8(text));
+                    csv += (c ? "," : "") + (text.contains(',') ? '"' + text + '"' : text);
+                }
+                csv += '\n';
+            }
+            TableData t;
+            loadText(t, csv);
+            const bool transposed = rng() % 2;
+            t.setTransposed(transposed);
+            auto cell = [&](int line, int at, bool lines_are_rows) {
+                const bool grid_rows = lines_are_rows != transposed;
+                return grid_rows ? grid[size_t(line)][size_t(at)] : grid[size_t(at)][size_t(line)];
+            };
+            for (int axis = 0; axis < 2; ++axis) {
+                const bool lines_are_rows = axis == 0;
+                const int n = lines_are_rows ? t.numRawRows() : t.numRawColumns();
+                const int across = lines_are_rows ? t.numRawColumns() : t.numRawRows();
+                std::vector<int> compared;
+                if (rng() % 2)
+                    for (int i = 0; i < across; ++i)
+                        if (rng() % 2) compared.push_back(i);
+                std::vector<int> at = compared;
+                if (at.empty())
+                    for (int i = 0; i < across; ++i)
+                        at.push_back(i);
+                const int first = int(rng() % 2);
+                std::vector<int> dups, empties;
+                for (int a = first; a < n; ++a) {
+                    bool empty = true;
+                    for (int i : at)
+                        empty = empty && cell(a, i, lines_are_rows).isEmpty();
+                    if (empty) empties.push_back(a);
+                    for (int b = first; b < a; ++b) {
+                        bool same = true;
+                        for (int i : at)
+                            same = same && cell(a, i, lines_are_rows) == cell(b, i, lines_are_rows);
+                        if (same) {
+                            dups.push_back(a);
+                            break;
+                        }
+                    }
+                }
+                QCOMPARE(lines_are_rows ? t.duplicateRawRows(first, compared)
+                                        : t.duplicateRawColumns(first, compared),
+                         dups);
+                QCOMPARE(lines_are_rows ? t.emptyRawRows(first, compared)
+                                        : t.emptyRawColumns(first, compared),
+                         empties);
+            }
+        }
+    }
+
     void failedAsynchronousLoadIsReported() {
         TableData t;
         QSignalSpy failed(&t, &TableData::loadFailedSignal);

@@ -22,6 +22,7 @@ void TableUndoCommand::setSelection(const RangeVector& selection) {
 }
 
 void TableUndoCommand::noteSize() {
+    stored_mark = model->tableData().storedRowMark();
     if (size_preset) {
         size_preset = false;
         return;
@@ -47,6 +48,8 @@ void TableUndoCommand::undoEpilogue() {
     if (num_rows_added > 0) data.removeRows(data.numModelRows() - num_rows_added, num_rows_added);
     if (num_cols_added > 0)
         data.removeColumns(data.numModelColumns() - num_cols_added, num_cols_added);
+    // Rows that were a count only and got written are a count again.
+    data.restoreStoredRowMark(stored_mark);
     model->enforceTableSize();
     model->setColSort(col_sort_state.record());
     emit model->refreshHeadersSignal();

@@ -63,5 +63,6 @@ protected:
 private:
     int rows_before = 0;
     int cols_before = 0;
+    int stored_mark = 0;
     bool size_preset = false;
 };

@@ -1,0 +1,116 @@
+#include "app/mainwindow.h"
+#include "commands/commandtable.h"
+#include "view/tablemodel.h"
+#include "view/tableview.h"
+
+#include <QAction>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+// The row and column commands reach a table from the window's command
+// rows: the rows that need no answer are enabled, the prompted ones wait
+// for their prompts.
+class TestLineCommands : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+private slots:
+    void rowsFindTheirSlots_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("available");
+        for (const char* name : {"Insert Row(s) Before",
+                                 "Insert Column(s) Before",
+                                 "Insert Row(s) After",
+                                 "Insert Column(s) After",
+                                 "Insert Cells, Move Rest of Row Right",
+                                 "Insert Cells, Move Rest of Column Down",
+                                 "Transpose Table",
+                                 "Transpose Selected Cells",
+                                 "Remove Row(s)",
+                                 "Remove Column(s)",
+                                 "Remove Duplicate Row(s)",
+                                 "Remove Duplicate Column(s)",
+                                 "Remove Duplicate Rows (Based on Selected Columns Only)",
+                                 "Remove Duplicate Columns (Based on Selected Rows Only)",
+                                 "Remove Empty Row(s)",
+                                 "Remove Empty Column(s)",
+                                 "Remove Empty Rows (Based on Selected Columns Only)",
+                                 "Remove Empty Columns (Based on Selected Rows Only)",
+                                 "Remove Selected Cells, Move Rest of Row Left",
+                                 "Remove Selected Cells, Move Rest of Column Up",
+                                 "Remove Selected Cells and the Rest of Their Rows",
+                                 "Remove Selected Cells and the Rest of Their Columns",
+                                 "Remove All Filtered Out and Hidden Data",
+                                 "Move Row(s) Up",
+                                 "Move Row(s) Down",
+                                 "Move Column(s) Left",
+                                 "Move Column(s) Right",
+                                 "Duplicate Row(s)",
+                                 "Duplicate Column(s)",
+                                 "Hide Selected Row(s)",
+                                 "Hide Selected Column(s)",
+                                 "Hide All But Selected Row(s)",
+                                 "Hide All But Selected Column(s)",
+                                 "Hide Empty Row(s)",
+                                 "Hide Empty Column(s)",
+                                 "Show All Hidden Row(s)",
+                                 "Show All Hidden Column(s)",
+                                 "Show Hidden Row(s) in Selection",
+                                 "Show Hidden Column(s) in Selection",
+                                 "Show Empty Row(s)",
+                                 "Show Empty Column(s)",
+                                 "Select Duplicate Row(s)",
+                                 "Select Duplicate Column(s)",
+                                 "Select Duplicate Rows (Based on Selected Columns Only)",
+                                 "Select Duplicate Columns (Based on Selected Rows Only)",
+                                 "Remove Extraneous Rows and Columns"})
+            QTest::newRow(name) << QString(name) << true;
+        for (const char* name :
+             {"Insert Row(s) Before Multiple Times", "Move Row(s) Just Above Row ...",
+              "Duplicate Column(s) Multiple Times", "Split Selected Cells Horizontally"})
+            QTest::newRow(name) << QString(name) << false;
+    }
+    void rowsFindTheirSlots() {
+        QFETCH(QString, name);
+        QFETCH(bool, available);
+        MainWindow window;
+        CommandTable table(&window);
+        const CommandRecord* record = table.record(name);
+        QVERIFY2(record, qPrintable(name));
+        QCOMPARE(record->available, available);
+    }
+
+    // The menu rows on a real table: hide a row, insert one before the
+    // selection, and undo both.
+    void menuRowsActOnTheTable() {
+        QVERIFY(dir.isValid());
+        const QString path = dir.filePath("t.csv");
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("h\n1\n2\n3\n");
+        f.close();
+        MainWindow window;
+        QVERIFY(window.openFile(path));
+        TableView* view = window.currentView();
+        QVERIFY(view);
+        TableModel& m = *view->model();
+        CommandTable table(&window);
+        m.selectSingleCell(Range(2, 0, Range::Model));
+        table.record("Hide Selected Row(s)")->action->trigger();
+        QCOMPARE(m.rawHiddenRows(), std::vector<int>{2});
+        QCOMPARE(m.headerData(2, Qt::Vertical).toString(), QStringLiteral("3"));
+        m.selectSingleCell(Range(1, 0, Range::Model));
+        table.record("Insert Row(s) Before")->action->trigger();
+        QCOMPARE(m.tableData().numRawRows(), 5);
+        QCOMPARE(m.rawHiddenRows(), std::vector<int>{3});
+        table.record("Undo")->action->trigger();
+        table.record("Undo")->action->trigger();
+        QCOMPARE(m.tableData().numRawRows(), 4);
+        QVERIFY(m.rawHiddenRows().empty());
+    }
+};
+
+QTEST_MAIN(TestLineCommands)
+#include "tst_linecommands.moc"
