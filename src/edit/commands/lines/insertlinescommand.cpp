@@ -65,7 +65,7 @@ void InsertLinesCommand::redo() {
         emit model->dataChanged(model->index(0, 0),
                                 model->index(model->rowCount() - 1, model->columnCount() - 1));
     }
-    shiftFilters();
+    // The filter list, once there is one, shifts here with the lines.
     // The new lines are selected, the main cell on the first of them.
     RangeVector added;
     int before_it = 0;

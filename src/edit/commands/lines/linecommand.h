@@ -9,8 +9,9 @@
 // undo. The row form of each is told; the column form swaps the axes.
 //
 // Filters do not exist yet. When they do, each of these keeps the filter
-// list from before and, after its change, shifts the list's lines as the
-// hidden lines are shifted (shiftFilters below is the one place for it).
+// list from before and, right after its line change in redo (the places
+// are marked), shifts the list's lines as the hidden lines are shifted;
+// undo puts the kept list back.
 class LineCommand : public TableUndoCommand {
 public:
     bool rowsAxis() const { return rows; }
@@ -31,7 +32,6 @@ protected:
     void restore(const RemovedLines& lines);
     void truncateRaw(int count);
     bool rotate(int first, int middle, int last);
-    void shiftFilters() {}
 
     // Whole lines [first, first + count) of the model as one selection
     // member, the main cell on the first line at `cross` across it.

@@ -73,7 +73,7 @@ void MoveLinesCommand::redo() {
     stored_mark = model->tableData().storedRowMark();
     for (const auto& r : rotations)
         rotate(r[0], r[1], r[2]);
-    shiftFilters();
+    // The filter list, once there is one, shifts here with the lines.
     model->setSelection(moved_selection, true);
     if (rows)
         emit model->scrollToRowSignal(offset < 0 ? TableModel::selectionMinRow(moved_selection)

@@ -114,7 +114,7 @@ void SplitCellsCommand::redo() {
     model->writeRanges(writes, false);
     emit model->dataChanged(model->index(0, 0),
                             model->index(model->rowCount() - 1, model->columnCount() - 1));
-    shiftFilters();
+    // The filter list, once there is one, shifts here with the lines.
     model->setSelection(after_selection, true);
     finishRedo();
 }
