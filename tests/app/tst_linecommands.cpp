@@ -69,7 +69,7 @@ private slots:
             QTest::newRow(name) << QString(name) << true;
         for (const char* name :
              {"Insert Row(s) Before Multiple Times", "Move Row(s) Just Above Row ...",
-              "Duplicate Column(s) Multiple Times", "Split Selected Cells Horizontally"})
+              "Duplicate Column(s) Multiple Times"})
             QTest::newRow(name) << QString(name) << false;
     }
     void rowsFindTheirSlots() {

@@ -81,7 +81,7 @@ private slots:
                                 "Fill Selected Cells with UUID/GUID"};
         const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left",
                                   "Split Selected Cells Horizontally, Move Rest of Row Right",
-                                  "Remove Extraneous Rows and Columns", "Add or Update ID Column"};
+                                  "Add or Update ID Column"};
         auto has = [&w](const QString& name) {
             const QByteArray slot = CommandTable::slotName(name) + "()";
             return w.metaObject()->indexOfSlot(QMetaObject::normalizedSignature(slot)) >= 0;
