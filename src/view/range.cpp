@@ -113,12 +113,13 @@ QVariant Range::valueAt(int r, int c, bool old) const {
     const auto& line_values = old ? old_values : values;
     const auto& grid = old ? old_value_grid : value_grid;
     const QVariant& single = old ? old_value : value;
+    // A row's values run along its columns, a column's down its rows.
     if (kind == Row) {
-        const size_t i = size_t(r - row);
-        if (r >= row && i < line_values.size()) return line_values[i];
-    } else if (kind == Column) {
         const size_t i = size_t(c - col);
         if (c >= col && i < line_values.size()) return line_values[i];
+    } else if (kind == Column) {
+        const size_t i = size_t(r - row);
+        if (r >= row && i < line_values.size()) return line_values[i];
     } else if (kind == Block && r >= row && c >= col) {
         const size_t i = size_t(r - row), j = size_t(c - col);
         if (i < grid.size() && j < grid[i].size()) return grid[i][j];
