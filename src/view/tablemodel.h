@@ -262,6 +262,31 @@ public:
     // Cells from mime data, shifted to start at (0, 0), raw coordinates.
     static void readMimeData(const QMimeData* mime, RangeVector* out);
 
+    // ---- Sorting (tablemodel_sort.cpp) ----
+    // The order of a sort by one line: `state.kind` 0 orders the rows by raw
+    // column `state.index`, 1 the columns by raw row `state.index`;
+    // `state.order` 0 ascending, 1 descending. Position i takes raw line
+    // permutation[i]; the lines before `first_index` keep their place. The
+    // keys are read and sorted on the worker while a local event loop runs
+    // (`use_event_loop`), or on this thread. False when cancelled (through
+    // cancelJob or the shared flag), with the permutation left empty.
+    bool getSortPermutation(std::vector<int>& permutation, SortRecord state, int first_index,
+                            bool use_event_loop);
+    // The first raw line a sort moves along an axis (0 rows, 1 columns):
+    // the header lines shown at the top or left stay.
+    int firstSortedLine(int axis) const;
+    // Applies a sort's permutation, sets its record and clears the other
+    // axis's, whose line now holds other cells. False for an order that does
+    // not fit the table.
+    bool sortRowsByColumn(const std::vector<int>& permutation, int order, int column);
+    bool sortColsByRow(const std::vector<int>& permutation, int order, int row);
+    // Takes a permutation back; the records are the caller's to restore.
+    bool unsortRows(const std::vector<int>& permutation);
+    bool unsortCols(const std::vector<int>& permutation);
+    // Asks the running job to stop at its next report.
+    void cancelJob();
+    bool isSorting() const { return sorting; }
+
     // Worker jobs; each blocks in a local event loop until its reply.
     bool getModelWithColModelSubset(TableModel* new_model, std::vector<int>* col_model_list,
                                     int num_rows, int num_cols);
@@ -308,6 +333,8 @@ signals:
     void endGetModelWithColModelSubsetLoopSignal();
     void endGetEdgeIndexesOfSortedColumnsLoopSignal();
     void endIsColumnAllNumbersSignal();
+    void getSortPermutationSignal();
+    void endGetSortPermutationLoopSignal();
     void insertRowsGuiSignal(int row, int count);
     void insertRowsGuiSignal(std::vector<int>& rows);
     void insertColsGuiSignal(int col, int count);
@@ -343,6 +370,7 @@ public slots:
     void onGetModelWithColSubsetFinished(bool complete);
     void onGetEdgeIndexesOfSortedColumnsFinished(bool completed);
     void onIsColumnAllNumbersFinished(bool completed);
+    void onGetSortPermutationFinished(bool completed);
 
 private:
     bool isHeaderCell(int row, int col) const {
@@ -364,6 +392,7 @@ private:
     void refreshThemeCaches();
     static qint64 estimateRowCount(const QString& filepath);
     void growDuringLoad(int curr_num_reports, int num_total_reports);
+    bool applyLineOrder(bool rows, const std::vector<int>& permutation, bool inverse);
 
     TableData table_data;
     int num_model_rows = 0;
@@ -435,6 +464,9 @@ private:
     QThread worker_thread;
     TableModelWorker* worker = nullptr;
     bool job_completed = false;
+    bool sorting = false;
+    std::shared_ptr<bool> cancel_flag;
+    std::shared_ptr<QMutex> cancel_mutex;
     bool growth_pending = false;
     qint64 load_row_estimate = 0;
     mutable qint64 display_reads = 0;
