@@ -265,6 +265,15 @@ public slots:
     void commandCopyFilePathToClipboard();
     void commandCopyFolderPathToClipboard();
     void commandCopyFileNameToClipboard();
+    // Sorting (mainwindow_sort.cpp).
+    void commandSortSelectedColumnAscending();
+    void commandSortSelectedColumnDescending();
+    void commandSortSelectedRowAscending();
+    void commandSortSelectedRowDescending();
+    void commandSortSelectedCellsHorizontallyAscending();
+    void commandSortSelectedCellsHorizontallyDescending();
+    void commandSortSelectedCellsVerticallyAscending();
+    void commandSortSelectedCellsVerticallyDescending();
 
 public:
     // One question of a launcher. `accept` takes the answer and gives an

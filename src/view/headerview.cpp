@@ -79,3 +79,14 @@ void HeaderView::mouseReleaseEvent(QMouseEvent* e) {
     }
     if (!was_pressed) QHeaderView::mouseReleaseEvent(e);
 }
+
+void HeaderView::mouseDoubleClickEvent(QMouseEvent* e) {
+    const int section = sectionAwayFromGrips(e->position().toPoint());
+    if (section >= 0) {
+        if (e->button() == Qt::LeftButton && e->modifiers() == Qt::NoModifier &&
+            (section_limit < 0 || section < section_limit))
+            emit sectionDoubleClicked(section);
+        return;
+    }
+    QHeaderView::mouseDoubleClickEvent(e);
+}

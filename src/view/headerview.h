@@ -34,6 +34,9 @@ protected:
     void mousePressEvent(QMouseEvent* e) override;
     void mouseMoveEvent(QMouseEvent* e) override;
     void mouseReleaseEvent(QMouseEvent* e) override;
+    // Away from the grips a double-click is the section's (a sort); on a
+    // grip it stays with Qt.
+    void mouseDoubleClickEvent(QMouseEvent* e) override;
 
 private:
     // The section under the point when the point is clear of both grips.
