@@ -7,7 +7,8 @@
 
 bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
-           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0;
+           std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
+           std::strcmp(command, "sortview") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -19,5 +20,6 @@ int benchGui(int argc, char** argv) {
     if (command == "view") return benchView(args);
     if (command == "type") return benchType(args);
     if (command == "launcher") return benchLauncher(args);
+    if (command == "sortview") return benchSortView(args);
     return 2;
 }

@@ -10,3 +10,4 @@ int benchModel(const QStringList& args);
 int benchView(const QStringList& args);
 int benchType(const QStringList& args);
 int benchLauncher(const QStringList& args);
+int benchSortView(const QStringList& args);

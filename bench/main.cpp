@@ -59,6 +59,8 @@ int usage() {
                          "       gridmere-bench model FILE\n"
                          "       gridmere-bench view FILE [--frames N]\n"
                          "       gridmere-bench type FILE [--column C]\n"
+                         "       gridmere-bench sortview FILE [--column C] [--runs N] "
+                         "[--descending] [--read-only]\n"
                          "       gridmere-bench launcher [--runs N]\n");
     return 2;
 }
