@@ -111,8 +111,8 @@ bool SortKeys::appendAscii(QByteArrayView key, bool lower_case) {
     return true;
 }
 
-QStringView SortKeys::text(int i, Scratch& scratch) const {
-    const uint64_t address = uint64_t(positions[std::size_t(i)]) << 1;
+SortKeys::Units SortKeys::unitsAt(uint32_t position) const {
+    const uint64_t address = uint64_t(position) << 1;
     const char* const entry =
         blocks[std::size_t(address >> kBlockShift)].get() + (address & (kBlockBytes - 1));
     const uint8_t header = uint8_t(entry[0]);
@@ -124,15 +124,19 @@ QStringView SortKeys::text(int i, Scratch& scratch) const {
         length = n;
         p += 4;
     }
-    if (header & kWideFlag) {
-        p = entry + (((p - entry) + 1) & ~std::ptrdiff_t(1));
-        return QStringView(reinterpret_cast<const char16_t*>(p), qsizetype(length));
-    }
-    scratch.resize(qsizetype(length));
+    const bool wide = header & kWideFlag;
+    if (wide) p = entry + (((p - entry) + 1) & ~std::ptrdiff_t(1));
+    return {p, qsizetype(length), wide};
+}
+
+QStringView SortKeys::textAt(uint32_t position, Scratch& scratch) const {
+    const Units key = unitsAt(position);
+    if (key.wide) return QStringView(reinterpret_cast<const char16_t*>(key.data), key.size);
+    scratch.resize(key.size);
     char16_t* out = scratch.data();
-    for (std::size_t k = 0; k < length; ++k)
-        out[k] = char16_t(uint8_t(p[k]));
-    return QStringView(out, qsizetype(length));
+    for (qsizetype k = 0; k < key.size; ++k)
+        out[k] = char16_t(uint8_t(key.data[k]));
+    return QStringView(out, key.size);
 }
 
 std::size_t SortKeys::bytes() const {

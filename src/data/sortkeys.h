@@ -31,8 +31,28 @@ public:
     bool appendAscii(QByteArrayView key, bool lower_case);
 
     int size() const { return int(positions.size()); }
+    // Key i as stored: `size` units at `data`, of two bytes when `wide`.
+    struct Units {
+        const char* data = nullptr;
+        qsizetype size = 0;
+        bool wide = false;
+    };
+    Units units(int i) const { return unitsAt(address(i)); }
     // Key i; a narrow key is widened into `scratch`, which must outlive the view.
-    QStringView text(int i, Scratch& scratch) const;
+    QStringView text(int i, Scratch& scratch) const { return textAt(address(i), scratch); }
+    // The same by the key's address in the store: a sort keeps the address
+    // beside each line, so that a comparison reaches the key in one step.
+    uint32_t address(int i) const { return positions[std::size_t(i)]; }
+    Units unitsAt(uint32_t address) const;
+    // Asks for memory ahead of its use: where key i's address is kept, and
+    // the key at an address.
+    void prefetchAddressOf(int i) const { __builtin_prefetch(positions.data() + i); }
+    void prefetch(uint32_t position) const {
+        const uint64_t address = uint64_t(position) << 1;
+        __builtin_prefetch(blocks[std::size_t(address >> kBlockShift)].get() +
+                           (address & (kBlockBytes - 1)));
+    }
+    QStringView textAt(uint32_t address, Scratch& scratch) const;
     // Memory held, for the benchmarks.
     std::size_t bytes() const;
 

@@ -19,10 +19,10 @@ constexpr uint64_t kClockCheckMask = 1023;
 // The sort moves these records rather than bare line numbers: most
 // comparisons (numbers, empty cells, words that differ early) are decided by
 // the traits alone, reading memory in sequence instead of chasing each line's
-// key, and the rest find the characters through the key's number.
+// key, and the rest reach the characters by the key's address in one step.
 struct Record {
     SortKeyTraits traits;
-    uint32_t key = 0;
+    uint32_t address = 0;
     int32_t line = 0;
 };
 
@@ -34,16 +34,32 @@ public:
     Record record(int line) {
         Record r;
         r.line = line;
-        r.key = uint32_t(key_of.empty() ? line : key_of[size_t(line)]);
-        r.traits = SortKeyTraits::of(keys.text(int(r.key), scratch));
+        r.address = keys.address(keyOf(line));
+        r.traits = SortKeyTraits::of(keys.textAt(r.address, scratch));
         return r;
     }
+    // For a line whose record comes soon: its key's address, and a little
+    // later the key, are asked for ahead (a run's lines are scattered).
+    void prefetchFar(int line) const { keys.prefetchAddressOf(keyOf(line)); }
+    void prefetchNear(int line) const { keys.prefetch(keys.address(keyOf(line))); }
 
 private:
+    int keyOf(int line) const { return key_of.empty() ? line : key_of[size_t(line)]; }
+
     const SortKeys& keys;
     const std::vector<int>& key_of;
     SortKeys::Scratch scratch;
 };
+
+// How far ahead of a merge the keys are asked for: a few comparisons' time
+// covers a trip to memory.
+constexpr int kPrefetchAhead = 8;
+
+// The two stages for the line at `i` of a run ending at `end`.
+void prefetchRun(const KeySource& source, const int* lines, int i, int end) {
+    if (i + 2 * kPrefetchAhead < end) source.prefetchFar(lines[i + 2 * kPrefetchAhead]);
+    if (i + kPrefetchAhead < end) source.prefetchNear(lines[i + kPrefetchAhead]);
+}
 
 class CountingLess {
 public:
@@ -56,9 +72,29 @@ public:
         if (progress && (++count & kClockCheckMask) == 0) maybeReport();
         const int quick = compareSortTraits(a.traits, b.traits, descending);
         if (quick >= 0) return quick == 1;
-        return compareSortKeysInFull(keys.text(int(a.key), scratch_a), a.traits,
-                                     keys.text(int(b.key), scratch_b), b.traits, descending);
+        // Then where the keys differ, on the stored units (narrow ones are
+        // not widened); the chunk walk only for equal digit runs there.
+        const SortKeys::Units ua = keys.unitsAt(a.address);
+        const SortKeys::Units ub = keys.unitsAt(b.address);
+        int decided = -1;
+        if (ua.wide && ub.wide)
+            decided = compareSortKeysAtDifference(
+                QStringView(reinterpret_cast<const char16_t*>(ua.data), ua.size), a.traits,
+                QStringView(reinterpret_cast<const char16_t*>(ub.data), ub.size), b.traits,
+                descending);
+        else if (!ua.wide && !ub.wide)
+            decided =
+                compareSortKeysAtDifference(QLatin1String(ua.data, ua.size), a.traits,
+                                            QLatin1String(ub.data, ub.size), b.traits, descending);
+        if (decided >= 0) return decided == 1;
+        return compareSortKeysInFull(keys.textAt(a.address, scratch_a), a.traits,
+                                     keys.textAt(b.address, scratch_b), b.traits, descending);
     }
+
+    // The keys of the records a merge reads next: most comparisons late in
+    // a sort read characters, and their memory then arrives while the
+    // comparisons before them run.
+    void prefetch(const Record& r) const { keys.prefetch(r.address); }
 
 private:
     void maybeReport() {
@@ -114,10 +150,13 @@ template <class T, class Less> void mergeSort(T* first, T* last, T* buffer, Less
     T* right = middle;
     T* out = first;
     while (left < buffer_end && right < last) {
-        if (less(*right, *left))
+        if (less(*right, *left)) {
             *out++ = std::move(*right++);
-        else
+            if (right + kPrefetchAhead < last) less.prefetch(right[kPrefetchAhead]);
+        } else {
             *out++ = std::move(*left++);
+            if (left + kPrefetchAhead < buffer_end) less.prefetch(left[kPrefetchAhead]);
+        }
     }
     std::move(left, buffer_end, out);
 }
@@ -167,9 +206,10 @@ void mergeBlocks(const int* lines, int count, int block, int* out, KeySource& so
     for (int o = 0; o < count; ++o) {
         const int r = tree[1];
         out[o] = heads[size_t(r)].line;
-        if (++next[size_t(r)] < end[size_t(r)])
+        if (++next[size_t(r)] < end[size_t(r)]) {
+            prefetchRun(source, lines, next[size_t(r)], end[size_t(r)]);
             heads[size_t(r)] = source.record(lines[next[size_t(r)]]);
-        else
+        } else
             tree[size_t(leaves + r)] = -1;
         for (int i = (leaves + r) / 2; i >= 1; i /= 2)
             tree[size_t(i)] = winner(tree[size_t(2 * i)], tree[size_t(2 * i + 1)]);
@@ -189,9 +229,11 @@ void mergeHalves(int* lines, int left, int count, int* buffer, KeySource& source
     while (i < left && j < count) {
         if (less(right_head, left_head)) {
             lines[o++] = right_head.line;
+            prefetchRun(source, lines, j + 1, count);
             if (++j < count) right_head = source.record(lines[j]);
         } else {
             lines[o++] = left_head.line;
+            prefetchRun(source, buffer, i + 1, left);
             if (++i < left) left_head = source.record(buffer[i]);
         }
     }

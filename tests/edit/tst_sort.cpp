@@ -157,17 +157,48 @@ void TestSort::shortcutsAgreeWithFullRules() {
         }
         keys << key;
     }
+    // Neighbours in sorted order share their heads: the same keys again
+    // with a unit changed, cut or added somewhere.
+    for (int i = 0; i < 300; ++i) {
+        QString key = keys[random.bounded(keys.size())];
+        const int at = random.bounded(static_cast<int>(key.size()) + 1);
+        const QChar unit = alphabet[random.bounded(alphabet.size())];
+        switch (random.bounded(3)) {
+        case 0:
+            key.insert(at, unit);
+            break;
+        case 1:
+            key.truncate(at);
+            break;
+        default:
+            if (at < key.size()) key[at] = unit;
+        }
+        keys << key;
+    }
+    auto isNarrow = [](QChar c) { return c.unicode() < 256; };
+    std::vector<QByteArray> latin1;
     std::vector<SortKeyTraits> traits;
-    for (const QString& key : keys)
+    for (const QString& key : keys) {
         traits.push_back(SortKeyTraits::of(key));
+        latin1.push_back(key.toLatin1());
+    }
     for (qsizetype i = 0; i < keys.size(); ++i) {
         for (qsizetype j = 0; j < keys.size(); ++j) {
             for (const bool descending : {false, true}) {
                 const SortKeyTraits& ti = traits[static_cast<std::size_t>(i)];
                 const SortKeyTraits& tj = traits[static_cast<std::size_t>(j)];
-                QVERIFY2(compareSortKeys(keys[i], ti, keys[j], tj, descending) ==
-                             compareSortKeysInFull(keys[i], ti, keys[j], tj, descending),
+                const bool full = compareSortKeysInFull(keys[i], ti, keys[j], tj, descending);
+                QVERIFY2(compareSortKeys(keys[i], ti, keys[j], tj, descending) == full,
                          qPrintable(keys[i] + " | " + keys[j]));
+                // Read at the first difference: the same answer, or none.
+                const int at = compareSortKeysAtDifference(keys[i], ti, keys[j], tj, descending);
+                QVERIFY2(at == -1 || (at == 1) == full, qPrintable(keys[i] + " | " + keys[j]));
+                const bool narrow = std::all_of(keys[i].begin(), keys[i].end(), isNarrow) &&
+                                    std::all_of(keys[j].begin(), keys[j].end(), isNarrow);
+                if (narrow)
+                    QCOMPARE(compareSortKeysAtDifference(QLatin1String(latin1[i]), ti,
+                                                         QLatin1String(latin1[j]), tj, descending),
+                             at);
             }
         }
     }
