@@ -196,7 +196,18 @@ private slots:
             expected = sorted(expected, axis, keys[step], orders[step], first, case_sensitive,
                               permutation);
             expected_hidden = movedHidden(expected_hidden, permutation);
-            auto* command = new SortCommand(&model, SortState{orders[step], axis, keys[step]});
+            // The first sort as the Sort menu makes it, from the main cell.
+            SortCommand* command = nullptr;
+            const int key_model = axis == 0 ? model.tableData().modelColumnFromRaw(keys[step])
+                                            : model.tableData().modelRowFromRaw(keys[step]);
+            if (step == 0 && key_model >= 0) {
+                model.selectSingleCell(axis == 0 ? Range(0, key_model, Range::Model)
+                                                 : Range(key_model, 0, Range::Model));
+                command =
+                    new SortCommand(&model, model.selectionRanges(), true, orders[step], axis);
+            } else {
+                command = new SortCommand(&model, SortState{orders[step], axis, keys[step]});
+            }
             QVERIFY(command->is_valid);
             QCOMPARE(command->permutation, permutation);
             stack.push(command);
