@@ -26,7 +26,8 @@
 
 void TableView::pushCommand(TableUndoCommand* command) {
     if (!command) return;
-    if (!command->is_valid) {
+    // While a sort reads the table on the worker nothing may change it.
+    if (!command->is_valid || model_busy || table_model->isSorting()) {
         delete command;
         return;
     }

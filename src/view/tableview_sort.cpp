@@ -9,16 +9,17 @@
 #include "widgets/progressdialog.h"
 
 #include <QPushButton>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdint>
 
 namespace {
 
-// A sort quicker than this never shows its dialog: a flash would only
-// distract.
-constexpr int kProgressDelayMs = 300;
+// Up to this many lines a sort takes a few tens of milliseconds: it runs
+// here, with nothing to show and nothing to cancel. Longer ones run on the
+// model's worker behind the dialog, which is modal from the first moment, so
+// that no key or command can reach the table while its keys are read.
+constexpr int kForegroundLines = 100000;
 // The share of the bar for making the permutation; moving the lines takes
 // the rest.
 constexpr float kOrderShare = 0.9f;
@@ -29,6 +30,11 @@ void TableView::sortByLine(int axis, int index, int order) {
     if (model_busy || table_model->tableData().isLoading() || table_model->isSorting()) return;
     if (context & CellEditing) stopEditing(true);
     const bool rows_move = axis == 0;
+    const TableData& data = table_model->tableData();
+    if ((rows_move ? data.numRawRows() : data.numRawColumns()) <= kForegroundLines) {
+        pushCommand(new SortCommand(table_model, SortState{order, axis, index}, nullptr, false));
+        return;
+    }
     ProgressDialog dialog(this, QStringLiteral("Sort"),
                           rows_move ? QStringLiteral("Sorting rows...")
                                     : QStringLiteral("Sorting columns..."));
@@ -41,10 +47,11 @@ void TableView::sortByLine(int axis, int index, int order) {
         dialog.setLabelText(QString::fromLatin1(SortCanceledException().what()));
         table_model->cancelJob();
     });
-    QTimer::singleShot(kProgressDelayMs, &dialog, [&dialog] { dialog.show(); });
+    dialog.show();
 
     model_busy = true;
     auto* command = new SortCommand(table_model, SortState{order, axis, index});
+    model_busy = false;
     if (command->is_valid) {
         // The lines move all or not at all: past here there is nothing to cancel.
         dialog.cancelButton()->setEnabled(false);
@@ -52,7 +59,6 @@ void TableView::sortByLine(int axis, int index, int order) {
         span = 1.0f - kOrderShare;
     }
     pushCommand(command);
-    model_busy = false;
 }
 
 void TableView::sortSelectedColumn(int order) {
