@@ -3,8 +3,10 @@
 #include "view/headerview.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "widgets/progressdialog.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -345,6 +347,45 @@ private slots:
         QCOMPARE(view.undoStack()->count(), 1);
         view.commandUndo();
         QCOMPARE(show(rawGrid(m)), show(original));
+    }
+
+    // A long sort runs behind the progress dialog: its Cancel leaves the
+    // table as it was and no undo step; without it the sort goes through.
+    void cancelFromTheDialog() {
+        QRandomGenerator random(3);
+        QByteArray csv = "key,n\n";
+        for (int r = 0; r < 500000; ++r)
+            csv += "w" + QByteArray::number(random.bounded(1000000)) + ',' + QByteArray::number(r) +
+                   '\n';
+        TableView view;
+        view.model()->load(writeFile(csv), false);
+        TableModel& m = *view.model();
+        m.selectSingleCell(Range(1, 0, Range::Model));
+        auto column = [&m](int c) {
+            QStringList cells;
+            for (int r = 0; r < m.tableData().numRawRows(); r += 997)
+                cells << m.tableData().rawData(r, c).toString();
+            return cells;
+        };
+        const QStringList before = column(1);
+        int shown = 0;
+        ProgressDialog::setAutoCancel([&shown](const ProgressDialog& dialog) {
+            shown += dialog.isVisible();
+            return dialog.isVisible();
+        });
+        view.sortSelectedColumn(0);
+        ProgressDialog::setAutoCancel({});
+        QVERIFY(shown > 0);
+        QCOMPARE(view.undoStack()->count(), 0);
+        QCOMPARE(column(1), before);
+        QCOMPARE(m.colSort().order, 2);
+
+        view.sortSelectedColumn(1);
+        QCOMPARE(view.undoStack()->count(), 1);
+        QCOMPARE(m.colSort().order, 1);
+        QVERIFY(column(1) != before);
+        view.commandUndo();
+        QCOMPARE(column(1), before);
     }
 
     // Double-clicks on a label sort by its line, ascending then descending,
