@@ -168,6 +168,9 @@ public:
     bool lock_row_insert = false;
     bool suppress_raw_cell_signal = false;
     bool suppress_layout_signals = false;
+    // A sort's local event loop lets keys and clicks through, to a progress
+    // dialog's Cancel; off, they wait for the sort's end.
+    bool sort_takes_input = true;
 
     // ---- Selection ----
     const RangeVector& selectionRanges() const { return selection; }

@@ -33,7 +33,9 @@ bool TableModel::getSortPermutation(std::vector<int>& permutation, SortRecord st
         emit getSortPermutationSignal();
         // File notices wait for the end: a reload now would pull the table
         // away from under the worker reading it.
-        loop.exec(QEventLoop::ExcludeSocketNotifiers);
+        loop.exec(sort_takes_input
+                      ? QEventLoop::ExcludeSocketNotifiers
+                      : QEventLoop::ExcludeSocketNotifiers | QEventLoop::ExcludeUserInputEvents);
     } else {
         job_completed = worker->runSortJob();
     }

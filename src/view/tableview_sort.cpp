@@ -15,11 +15,11 @@
 
 namespace {
 
-// Up to this many lines a sort takes a few tens of milliseconds: it runs
-// here, with nothing to show and nothing to cancel. Longer ones run on the
-// model's worker behind the dialog, which is modal from the first moment, so
-// that no key or command can reach the table while its keys are read.
-constexpr int kForegroundLines = 100000;
+// Up to this many lines a sort takes a few tens of milliseconds: nothing to
+// show and nothing to cancel, so keys and clicks wait for its end. Longer
+// ones show the dialog, modal from the first moment, so that nothing but its
+// Cancel reaches the window while the worker reads the table.
+constexpr int kQuickLines = 100000;
 // The share of the bar for making the permutation; moving the lines takes
 // the rest.
 constexpr float kOrderShare = 0.9f;
@@ -31,8 +31,13 @@ void TableView::sortByLine(int axis, int index, int order) {
     if (context & CellEditing) stopEditing(true);
     const bool rows_move = axis == 0;
     const TableData& data = table_model->tableData();
-    if ((rows_move ? data.numRawRows() : data.numRawColumns()) <= kForegroundLines) {
-        pushCommand(new SortCommand(table_model, SortState{order, axis, index}, nullptr, false));
+    if ((rows_move ? data.numRawRows() : data.numRawColumns()) <= kQuickLines) {
+        model_busy = true;
+        table_model->sort_takes_input = false;
+        auto* command = new SortCommand(table_model, SortState{order, axis, index});
+        table_model->sort_takes_input = true;
+        model_busy = false;
+        pushCommand(command);
         return;
     }
     ProgressDialog dialog(this, QStringLiteral("Sort"),
