@@ -9,7 +9,8 @@ bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
            std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
            std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0 ||
-           std::strcmp(command, "rows") == 0;
+           std::strcmp(command, "rows") == 0 ||
+           std::strcmp(command, "sortview") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -24,5 +25,6 @@ int benchGui(int argc, char** argv) {
     if (command == "find") return benchFind(args);
     if (command == "transform") return benchTransform(args);
     if (command == "rows") return benchRows(args);
+    if (command == "sortview") return benchSortView(args);
     return 2;
 }

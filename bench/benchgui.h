@@ -13,3 +13,4 @@ int benchLauncher(const QStringList& args);
 int benchFind(const QStringList& args);
 int benchTransform(const QStringList& args);
 int benchRows(const QStringList& args);
+int benchSortView(const QStringList& args);

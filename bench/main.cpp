@@ -61,8 +61,11 @@ int usage() {
                          "       gridmere-bench type FILE [--column C]\n"
                          "       gridmere-bench launcher [--runs N]\n"
                          "       gridmere-bench find FILE [--word W] [--runs N]\n"
-                         "       gridmere-bench transform FILE [--column C] [--date-column D] [--runs N]\n"
-                         "       gridmere-bench rows FILE [--runs N]\n");
+                         "       gridmere-bench transform FILE [--column C] [--date-column D] "
+                         "[--runs N]\n"
+                         "       gridmere-bench rows FILE [--runs N]\n"
+                         "       gridmere-bench sortview FILE [--column C] [--runs N] "
+                         "[--descending] [--read-only]\n");
     return 2;
 }
 

@@ -347,6 +347,15 @@ public slots:
     void commandEditSettings();
     void commandEditKeyboardShortcuts();
     void commandEditFileExtensionOptions();
+    // Sorting (mainwindow_sort.cpp).
+    void commandSortSelectedColumnAscending();
+    void commandSortSelectedColumnDescending();
+    void commandSortSelectedRowAscending();
+    void commandSortSelectedRowDescending();
+    void commandSortSelectedCellsHorizontallyAscending();
+    void commandSortSelectedCellsHorizontallyDescending();
+    void commandSortSelectedCellsVerticallyAscending();
+    void commandSortSelectedCellsVerticallyDescending();
 
 public:
     // One question of a launcher. `accept` takes the answer and gives an

@@ -15,12 +15,14 @@ TableView* writable(TableView* view) {
 
 } // namespace
 
+// A read-only table's stack holds only what leaves the file alone (sorts),
+// so undo and redo serve every table.
 void MainWindow::commandUndo() {
-    if (TableView* v = writable(currentView())) v->commandUndo();
+    if (TableView* v = currentView()) v->commandUndo();
 }
 
 void MainWindow::commandRedo() {
-    if (TableView* v = writable(currentView())) v->commandRedo();
+    if (TableView* v = currentView()) v->commandRedo();
 }
 
 void MainWindow::commandCutCells() {

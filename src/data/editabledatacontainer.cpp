@@ -972,6 +972,36 @@ bool EditableDataContainer::applyRowPermutation(const std::vector<int>& P,
     return true;
 }
 
+void EditableDataContainer::reorderRows(const std::vector<int>& order, bool inverse,
+                                        const std::function<void(int, int)>& progress) {
+    constexpr int kProgressRows = 1 << 16;
+    const int n = int(order.size());
+    if (n > rows.size()) rows.resize(n); // lines beyond the store are empty rows
+    row_count = std::max(row_count, n);
+    RelocatableVector<PackedRow> fresh;
+    fresh.resize(rows.size());
+    // Handles move by their bytes, as the vector itself moves them; the old
+    // array is then cleared to null handles, so that nothing is freed twice.
+    PackedRow* const from = rows.begin();
+    PackedRow* const to = fresh.begin();
+    for (int start = 0; start < n; start += kProgressRows) {
+        if (progress) progress(start, n);
+        const int end = std::min(n, start + kProgressRows);
+        if (inverse) {
+            for (int i = start; i < end; ++i)
+                std::memcpy(static_cast<void*>(to + order[size_t(i)]), from + i, sizeof(PackedRow));
+        } else {
+            for (int i = start; i < end; ++i)
+                std::memcpy(static_cast<void*>(to + i), from + order[size_t(i)], sizeof(PackedRow));
+        }
+    }
+    const int stored = rows.size();
+    if (stored > n)
+        std::memcpy(static_cast<void*>(to + n), from + n, sizeof(PackedRow) * size_t(stored - n));
+    std::memset(static_cast<void*>(from), 0, sizeof(PackedRow) * size_t(stored));
+    rows = std::move(fresh);
+}
+
 void EditableDataContainer::applyColumnPermutation(const std::vector<int>& P) {
     const int n = int(P.size());
     {

@@ -144,8 +144,7 @@ void ReadOnlyDataContainer::resetTable() {
     column_map.clear();
     row_map_active = false;
     column_map_active = false;
-    window = QByteArray();
-    window_start = 0;
+    window = Window();
 }
 
 template <class Walk> bool ReadOnlyDataContainer::withUnitMachine(Walk&& walk) const {
@@ -265,20 +264,21 @@ qint64 ReadOnlyDataContainer::entryOffset(qint64 k) const {
     return k < qint64(index.size()) ? index[size_t(k)].offset : dataEnd();
 }
 
-QByteArrayView ReadOnlyDataContainer::readBytes(qint64 from, qint64 to, qint64 ahead) const {
+QByteArrayView ReadOnlyDataContainer::readBytes(Window& w, qint64 from, qint64 to,
+                                                qint64 ahead) const {
     to = std::min(to, file_size);
     if (from >= to) return {};
-    const qint64 held = window.size();
-    if (from >= window_start && to <= window_start + held)
-        return QByteArrayView(window).sliced(from - window_start, to - from);
+    const qint64 held = w.bytes.size();
+    if (from >= w.start && to <= w.start + held)
+        return QByteArrayView(w.bytes).sliced(from - w.start, to - from);
     const qint64 want = std::min(std::max(to, from + ahead), file_size) - from;
-    if (window.capacity() > kKeptWindow && want <= kKeptWindow) window = QByteArray();
-    window.resize(want);
+    if (w.bytes.capacity() > kKeptWindow && want <= kKeptWindow) w.bytes = QByteArray();
+    w.bytes.resize(want);
     const qint64 got =
-        file && file->isOpen() ? preadFully(file->handle(), window.data(), want, from) : 0;
-    window.resize(got);
-    window_start = from;
-    return QByteArrayView(window).first(std::min(got, to - from));
+        file && file->isOpen() ? preadFully(file->handle(), w.bytes.data(), want, from) : 0;
+    w.bytes.resize(got);
+    w.start = from;
+    return QByteArrayView(w.bytes).first(std::min(got, to - from));
 }
 
 // Walks from an entry to one cell, noting where its raw field lies.
@@ -303,7 +303,8 @@ struct ReadOnlyDataContainer::FieldFinder {
     qint64 end = -1;
 };
 
-QByteArrayView ReadOnlyDataContainer::rawField(qint64 row, qint64 column, qint64 ahead) const {
+QByteArrayView ReadOnlyDataContainer::rawField(Window& win, qint64 row, qint64 column,
+                                               qint64 ahead) const {
     const qint64 k = (row * column_count + column) / index_stride;
     if (k >= qint64(index.size())) return {};
     const CellIndexEntry& e = index[size_t(k)];
@@ -312,7 +313,7 @@ QByteArrayView ReadOnlyDataContainer::rawField(qint64 row, qint64 column, qint64
     const int w = reading.width;
     qint64 len = std::min(to - from, kFirstRead / w);
     for (;;) {
-        const QByteArrayView bytes = readBytes(from * w, (from + len) * w, ahead);
+        const QByteArrayView bytes = readBytes(win, from * w, (from + len) * w, ahead);
         const qint64 units = bytes.size() / w;
         // All of the stretch is here, or all that the file still holds.
         const bool whole = units < len || from + units >= to;
@@ -360,7 +361,7 @@ struct ReadOnlyDataContainer::RowCollector {
 
 // The raw fields of file line `row` as spans in units, one per column (empty
 // for a missing cell); the returned pointer holds unit `base`.
-const char* ReadOnlyDataContainer::rawRow(qint64 row, std::vector<Span>& spans,
+const char* ReadOnlyDataContainer::rawRow(Window& win, qint64 row, std::vector<Span>& spans,
                                           qint64& base) const {
     spans.assign(size_t(column_count), Span{});
     base = 0;
@@ -371,7 +372,7 @@ const char* ReadOnlyDataContainer::rawRow(qint64 row, std::vector<Span>& spans,
     const qint64 from = e.offset;
     const qint64 to = entryOffset((first + column_count - 1) / index_stride + 1);
     const int w = reading.width;
-    const QByteArrayView bytes = readBytes(from * w, to * w, kReadAhead);
+    const QByteArrayView bytes = readBytes(win, from * w, to * w, kReadAhead);
     const qint64 units = bytes.size() / w;
     RowCollector collector{e.row, row, spans};
     withUnitMachine([&]<int W, bool BE, bool D>() {
@@ -447,7 +448,7 @@ QByteArray ReadOnlyDataContainer::data(int row, int column, bool raw) const {
         column = fileColumn(column);
         if (row < 0 || column < 0) return {};
     }
-    const QByteArrayView field = rawField(row, column, 0);
+    const QByteArrayView field = rawField(window, row, column, 0);
     QByteArray out;
     appendShown(out, field);
     return out;
@@ -461,7 +462,7 @@ void ReadOnlyDataContainer::getRow(CellList& out, int row, SelectionMode mode,
                                    const IndexList& columns) const {
     out.clear();
     qint64 base = 0;
-    const char* p = rawRow(row, row_spans, base);
+    const char* p = rawRow(window, row, row_spans, base);
     QByteArray shown;
     auto cell = [&](int c) {
         if (!p || c < 0 || c >= column_count) return Cell();
@@ -480,7 +481,7 @@ void ReadOnlyDataContainer::getColumn(CellList& out, int column, SelectionMode m
     QByteArray shown;
     auto cell = [&](int r) {
         if (r < 0 || r >= row_count || column < 0 || column >= column_count) return Cell();
-        const QByteArrayView raw = rawField(r, column, kReadAhead);
+        const QByteArrayView raw = rawField(window, r, column, kReadAhead);
         shown.resize(0);
         const bool quoted = appendShown(shown, raw);
         Cell cell(shown.constData(), size_t(shown.size()));
@@ -488,6 +489,35 @@ void ReadOnlyDataContainer::getColumn(CellList& out, int column, SelectionMode m
         return cell;
     };
     forEachChosen(row_count, mode, rows, [&](int i) { out.push_back(cell(i)); });
+}
+
+bool ReadOnlyDataContainer::readFileColumn(
+    int file_column, const std::function<bool(int, QByteArrayView)>& take) const {
+    Window own;
+    QByteArray shown;
+    const bool inside = file_column >= 0 && file_column < column_count;
+    for (int r = 0; r < row_count; ++r) {
+        shown.resize(0);
+        if (inside) appendShown(shown, rawField(own, r, file_column, kReadAhead));
+        if (!take(r, shown)) return false;
+    }
+    return true;
+}
+
+bool ReadOnlyDataContainer::readFileRow(
+    int file_row, const std::function<bool(int, QByteArrayView)>& take) const {
+    Window own;
+    std::vector<Span> spans;
+    qint64 base = 0;
+    const char* p =
+        file_row >= 0 && file_row < row_count ? rawRow(own, file_row, spans, base) : nullptr;
+    QByteArray shown;
+    for (int c = 0; c < column_count; ++c) {
+        shown.resize(0);
+        if (p) appendShown(shown, spanBytes(p, base, spans[size_t(c)]));
+        if (!take(c, shown)) return false;
+    }
+    return true;
 }
 
 // ---------------------------------------------------------------------------
@@ -510,7 +540,7 @@ void ReadOnlyDataContainer::collectShownRow(int row) const {
     const int file_row = row >= 0 && row < row_count ? fileRow(row) : -1;
     if (file_row < 0) return;
     qint64 base = 0;
-    const char* p = rawRow(file_row, row_spans, base);
+    const char* p = rawRow(window, file_row, row_spans, base);
     if (!p) return;
     for (int j = 0; j < column_count; ++j) {
         const int c = fileColumn(j);
@@ -529,7 +559,7 @@ void ReadOnlyDataContainer::collectShownColumn(int column) const {
         const int r = fileRow(i);
         bool quoted = false;
         if (r >= 0 && file_column >= 0) {
-            const QByteArrayView raw = rawField(r, file_column, kReadAhead);
+            const QByteArrayView raw = rawField(window, r, file_column, kReadAhead);
             quoted = appendShown(line_bytes, raw);
         }
         line_quoted.push_back(quoted);

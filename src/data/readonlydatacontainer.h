@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 #include <memory>
 #include <vector>
 
@@ -90,6 +92,19 @@ public:
     const std::vector<int>& columnMap() const { return column_map; }
     bool rowMapActive() const { return row_map_active; }
     bool columnMapActive() const { return column_map_active; }
+    // The file line shown at a position, through the map when one is active;
+    // -1 for a map entry out of range.
+    int fileRow(int shown) const;
+    int fileColumn(int shown) const;
+
+    // Every cell of a file column, in file order, or of a file line, in
+    // column order: take(i, bytes) gets the i-th cell as shown, and stops the
+    // walk by returning false (the call then returns false). These walks read
+    // through buffers of their own, so that a worker may run one while the
+    // GUI thread paints from the same file.
+    bool readFileColumn(int file_column,
+                        const std::function<bool(int, QByteArrayView)>& take) const;
+    bool readFileRow(int file_row, const std::function<bool(int, QByteArrayView)>& take) const;
 
     const std::vector<CellIndexEntry>& cellIndex() const { return index; }
     int indexStride() const { return index_stride; }
@@ -117,25 +132,27 @@ private:
         qint64 begin = 0; // in units, absolute
         qint64 end = 0;
     };
+    // The last stretch of the file read, reused while later reads fall inside
+    // it: painting reads neighbouring cells, a save reads lines in order.
+    struct Window {
+        QByteArray bytes;
+        qint64 start = 0;
+    };
     template <class Walk> bool withUnitMachine(Walk&& walk) const;
     template <class Host> bool scan(Host& host, qint64 skip_units, qint64 chunk, char* buffer);
     void resetTable();
 
     qint64 dataEnd() const { return file_size / reading.width; }
     qint64 entryOffset(qint64 k) const;
-    QByteArrayView readBytes(qint64 from, qint64 to, qint64 ahead) const;
-    QByteArrayView rawField(qint64 row, qint64 column, qint64 ahead) const;
-    const char* rawRow(qint64 row, std::vector<Span>& spans, qint64& base) const;
+    QByteArrayView readBytes(Window& win, qint64 from, qint64 to, qint64 ahead) const;
+    QByteArrayView rawField(Window& win, qint64 row, qint64 column, qint64 ahead) const;
+    const char* rawRow(Window& win, qint64 row, std::vector<Span>& spans, qint64& base) const;
     QByteArrayView spanBytes(const char* p, qint64 base, const Span& s) const;
     // Returns whether the field was unwrapped from quotes.
     bool appendShown(QByteArray& out, QByteArrayView field) const;
     // A save in the standard the file was opened with quotes again what the
     // file quoted, as the editable store does.
     bool keepsQuotes() const { return parsing_standard == reading.standard; }
-    // The file line shown at a position, through the map when one is active;
-    // -1 for a map entry out of range.
-    int fileRow(int shown) const;
-    int fileColumn(int shown) const;
     void collectShownRow(int row) const;
     void collectShownColumn(int column) const;
     // Cell i of the line last collected.
@@ -165,10 +182,8 @@ private:
     bool row_map_active = false;
     bool column_map_active = false;
 
-    // The last stretch of the file read, reused while later reads fall inside
-    // it: painting reads neighbouring cells, a save reads lines in order.
-    mutable QByteArray window;
-    mutable qint64 window_start = 0;
+    // The window of the GUI thread's reads.
+    mutable Window window;
     // Scratch of the line writers: the shown cells of one line, back to back.
     mutable QByteArray line_bytes;
     mutable std::vector<qsizetype> line_ends;

@@ -6,7 +6,6 @@
 #include "readonlydatacontainer.h"
 #include "tabledataworker.h"
 
-#include <QEventLoop>
 #include <QTextCodec>
 
 const QString TableData::kDefaultWordSeparators =
@@ -255,7 +254,7 @@ QVariant TableData::data(int model_row, int model_column) const {
 QVariant TableData::rawData(int raw_row, int raw_column) const {
     // The loader owns the store until it is done; a grid that already has
     // rows for it reads nothing meanwhile.
-    if (!container || loading) return {};
+    if (!container || loading || reordering) return {};
     if (transposed) std::swap(raw_row, raw_column);
     if (container_kind != ReadOnlyKind) {
         const auto* editable = static_cast<const EditableDataContainer*>(container.get());
@@ -371,48 +370,6 @@ int TableData::trailingEmptyRows(bool no_swap) const {
 int TableData::trailingEmptyColumns(bool no_swap) const {
     if (transposed && !no_swap) return trailingEmptyRows(true);
     return container->trailingEmptyColumns();
-}
-
-bool TableData::applyRowOrder(std::vector<int>& indexes, bool asynchronous) {
-    // A sort moves every row. Permuting every column's bits would cost a
-    // scattered access per cell, while a column's bits made again on the
-    // first block move along it cost one walk down that column alone, and
-    // only for the columns the user moves in. A sort is rare next to moves.
-    forgetFillBits();
-    if (container_kind == ReadOnlyKind) {
-        static_cast<ReadOnlyDataContainer*>(container.get())->setRowMap(indexes);
-        return true;
-    }
-    auto* editable = static_cast<EditableDataContainer*>(container.get());
-    if (!asynchronous) {
-        workers[1]->startTimer();
-        return editable->applyRowPermutation(indexes, [this](int done, int total) {
-            return workers[1]->reportProgress(float(done) / float(total));
-        });
-    }
-    QEventLoop loop;
-    connect(this, &TableData::endLoopSignal, &loop, &QEventLoop::quit);
-    sort_completed = false;
-    emit sortRowsEditableSignal(&indexes, editable);
-    loop.exec();
-    return sort_completed;
-}
-
-void TableData::applyColumnOrder(std::vector<int>& indexes) {
-    if (container_kind == ReadOnlyKind) {
-        forgetFillBits();
-        static_cast<ReadOnlyDataContainer*>(container.get())->setColumnMap(indexes);
-        return;
-    }
-    static_cast<EditableDataContainer*>(container.get())->applyColumnPermutation(indexes);
-    // The container ignores an order that is no permutation; so do the bits.
-    const int n = int(indexes.size());
-    std::vector<bool> seen(size_t(n), false);
-    for (int p : indexes) {
-        if (p < 0 || p >= n || seen[size_t(p)]) return;
-        seen[size_t(p)] = true;
-    }
-    moveFillColumns([&](int c) { return c < n ? indexes[size_t(c)] : c; });
 }
 
 void TableData::onSortRowsEditableFinished(bool completed) {

@@ -20,6 +20,7 @@
 
 class EditableDataContainer;
 class QTextCodec;
+class SortKeys;
 class QWaitCondition;
 class TableDataWorker;
 
@@ -154,10 +155,30 @@ public:
     int trailingEmptyRows(bool no_swap = false) const;
     int trailingEmptyColumns(bool no_swap = false) const;
 
-    // Reorders the rows by P (P[i]: where the row now at i goes). Returns
-    // false when cancelled part way; the caller restores its saved order.
-    bool applyRowOrder(std::vector<int>& indexes, bool asynchronous);
-    void applyColumnOrder(std::vector<int>& indexes);
+    // ---- Sorting (tabledata_sort.cpp) ----
+    // The keys of a sort, read from one raw line and decoded once by the
+    // table's encoding: the cells of raw column `index` for a sort that moves
+    // rows (`rows_move`), of raw row `index` for one that moves columns;
+    // lower-cased when not `case_sensitive`. Key i belongs to position i, or
+    // to the positions that sortKeyMap maps to it. `step(done, total)` is
+    // asked as the reading goes on; false from it stops the reading, and the
+    // call returns false, as it does for a table that is loading.
+    // Safe on a worker while the GUI thread reads cells; nothing may write.
+    bool readSortKeys(bool rows_move, int index, bool case_sensitive, SortKeys& keys,
+                      const std::function<bool(qint64, qint64)>& step = {}) const;
+    // Position i's key is key map[i]: a file on disk is read in its own
+    // order and shown through its index map. Empty when position i has key i.
+    const std::vector<int>& sortKeyMap(bool rows_move) const;
+    // Reorders the raw rows or columns: position i takes the line now at
+    // order[i] (the order a sort makes), or with `inverse` the line at i goes
+    // back to order[i] (its undo). Hidden lines go with their data. The
+    // editable store moves its lines, the read-only store changes its index
+    // map. False, with nothing changed, when `order` is no permutation of
+    // the raw lines. The row form can run on the worker thread, with
+    // progress; once begun it runs to its end, so that a table is never left
+    // half sorted.
+    bool applyRowOrder(const std::vector<int>& order, bool inverse, bool asynchronous);
+    bool applyColumnOrder(const std::vector<int>& order, bool inverse);
 
     void setHiddenRows(std::vector<int> rows) { hidden_rows = std::move(rows); }
     void setHiddenColumns(std::vector<int> columns) { hidden_columns = std::move(columns); }
@@ -168,6 +189,8 @@ public:
     void setTransposed(bool on) { transposed = on; }
     bool isTransposed() const { return transposed; }
     bool isLoading() const { return loading; }
+    // Lines are moving on the worker: cells read as empty meanwhile.
+    bool isReordering() const { return reordering; }
     ContainerKind containerKind() const { return ContainerKind(container_kind); }
     AbstractDataContainer* dataContainer() const { return container.get(); }
     EncodingType encodingType() const { return encoding; }
@@ -192,7 +215,8 @@ signals:
     void tableSizeChangedSignal(int num_raw_rows, int num_raw_cols, int num_model_rows,
                                 int num_model_cols);
     void updateProgressSignal(float proportion);
-    void sortRowsEditableSignal(std::vector<int>* indexes, EditableDataContainer* data_container);
+    void sortRowsEditableSignal(const std::vector<int>* indexes, bool inverse,
+                                EditableDataContainer* data_container);
     void endLoopSignal();
 
 public slots:
@@ -228,6 +252,9 @@ private:
     bool insertLines(bool stored_rows, int model_pos, int count);
     bool removeLines(bool stored_rows, int model_pos, int count);
     void emitTableSize();
+    // The sort orders on the stored axis: rows, or columns when false.
+    bool reorderLines(bool stored_rows, const std::vector<int>& order, bool inverse,
+                      bool asynchronous);
     void applyDialectTo(AbstractDataContainer& c);
 
     std::unique_ptr<AbstractDataContainer> container;
@@ -255,5 +282,6 @@ private:
     QThread worker_thread;
     std::array<TableDataWorker*, 2> workers{};
     bool sort_completed = false;
+    bool reordering = false;
     mutable std::unordered_map<int, FillBits> fill_bits;
 };

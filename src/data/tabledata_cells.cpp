@@ -35,7 +35,7 @@ StoredCells TableData::captureRaw(int r0, int r1, int c0, int c1) const {
     auto stored = [&](int r, int c, bool* quoted) -> QByteArray {
         if (transposed) std::swap(r, c);
         *quoted = editable && editable->isQuoted(r, c);
-        return editable ? editable->cellView(r, c).toByteArray() : container->data(r, c, true);
+        return editable ? editable->cellView(r, c).toByteArray() : container->data(r, c);
     };
     if (editable && !transposed && c0 == c1) {
         // A column: the common big case, read straight from the rows.

@@ -20,7 +20,7 @@ void shiftHiddenForInsert(std::vector<int>& hidden, int raw, int count) {
 } // namespace
 
 bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
-    if (!container || raw_row < 0 || raw_column < 0) return true;
+    if (!container || reordering || raw_row < 0 || raw_column < 0) return true;
     if (transposed) std::swap(raw_row, raw_column);
     if (container_kind != ReadOnlyKind)
         return static_cast<const EditableDataContainer*>(container.get())

@@ -2,12 +2,10 @@
 
 #include "editabledatacontainer.h"
 
-void TableDataWorker::sortRowsEditable(std::vector<int>* indexes,
+void TableDataWorker::sortRowsEditable(const std::vector<int>* indexes, bool inverse,
                                        EditableDataContainer* data_container) {
     startTimer();
-    const bool completed =
-        data_container->applyRowPermutation(*indexes, [this](int done, int total) {
-            return reportProgress(float(done) / float(total));
-        });
-    emit finishedSignal(completed);
+    data_container->reorderRows(
+        *indexes, inverse, [this](int done, int total) { reportStep(float(done) / float(total)); });
+    emit finishedSignal(true);
 }

@@ -17,8 +17,10 @@ public:
 
 signals:
     void finishedSignal(bool completed);
-    void getSortIndexesFinishedSignal(bool completed);
 
 public slots:
-    void sortRowsEditable(std::vector<int>* indexes, EditableDataContainer* data_container);
+    // Reorders the rows by a sort's order (see reorderRows), with progress;
+    // a sort's rows are never left half moved, so a cancel is not asked.
+    void sortRowsEditable(const std::vector<int>* indexes, bool inverse,
+                          EditableDataContainer* data_container);
 };

@@ -16,3 +16,11 @@ bool Worker::reportProgress(float proportion) {
     timer.restart();
     return true;
 }
+
+void Worker::reportStep(float proportion) {
+    if (!timer.isValid()) timer.start();
+    if (timer.elapsed() <= kReportIntervalMs) return;
+    const float value = progress_low + (progress_high - progress_low) * proportion;
+    emit updateProgressSignal(value / 100.0f);
+    timer.restart();
+}

@@ -31,6 +31,9 @@ public:
     // otherwise reports `proportion` (0..1) mapped onto the range and
     // restarts the clock. Cheap to call on every step of a loop.
     bool reportProgress(float proportion);
+    // The same without asking about a cancel: for work that must run to its
+    // end once begun.
+    void reportStep(float proportion);
 
     static constexpr qint64 kReportIntervalMs = 100;
 

@@ -236,3 +236,88 @@ bool compareSortKeysInFull(QStringView a, const SortKeyTraits& ta, QStringView b
 bool compareForSort(const QString& a, const QString& b, bool descending) {
     return compareSortKeys(a, SortKeyTraits::of(a), b, SortKeyTraits::of(b), descending);
 }
+
+namespace {
+
+template <class Char> bool isDigitUnit(Char c) {
+    return c >= Char('0') && c <= Char('9');
+}
+
+// compareDigitRuns on raw units.
+template <class Char> int compareRuns(const Char* a, qsizetype na, const Char* b, qsizetype nb) {
+    qsizetype ia = 0;
+    qsizetype ib = 0;
+    while (ia + 1 < na && a[ia] == Char('0'))
+        ++ia;
+    while (ib + 1 < nb && b[ib] == Char('0'))
+        ++ib;
+    if (na - ia != nb - ib) return na - ia < nb - ib ? -1 : 1;
+    for (; ia < na; ++ia, ++ib)
+        if (a[ia] != b[ib]) return a[ia] < b[ib] ? -1 : 1;
+    return 0;
+}
+
+template <class Char>
+int atDifference(const Char* a, qsizetype na, const SortKeyTraits& ta, const Char* b, qsizetype nb,
+                 const SortKeyTraits& tb, bool descending) {
+    // The answer when `a` goes first in ascending order.
+    auto first = [descending](bool a_first) { return int(a_first != descending); };
+    qsizetype m = 0;
+    const qsizetype shorter = std::min(na, nb);
+    while (m < shorter && a[m] == b[m])
+        ++m;
+    if (m == na && m == nb) return 0;
+    if (na == 0) return int(descending);
+    if (nb == 0) return int(!descending);
+    // Plain code-unit order: decided at the difference.
+    if ((ta.flags | tb.flags) & SortKeyTraits::ZeroRule)
+        return first(m == na || (m < nb && a[m] < b[m]));
+    if (ta.flags & tb.flags & SortKeyTraits::Number)
+        return descending ? ta.number > tb.number : ta.number < tb.number;
+    if (ta.leading_spaces != tb.leading_spaces) return first(ta.leading_spaces < tb.leading_spaces);
+    // Past the spaces, which the two share.
+    const qsizetype s = ta.leading_spaces;
+    if (na == s) return int(descending);
+    if (nb == s) return int(!descending);
+    const bool a_ends = m == na;
+    const bool b_ends = m == nb;
+    const bool a_digit = !a_ends && isDigitUnit(a[m]);
+    const bool b_digit = !b_ends && isDigitUnit(b[m]);
+    // The first chunks of different kinds: text order.
+    if (m == s && (a_ends || b_ends || a_digit != b_digit))
+        return first(a_ends || (!b_ends && a[m] < b[m]));
+    const bool in_run = m > s && isDigitUnit(a[m - 1]);
+    // A digit run differs here (it goes on in one or both): by value, unless
+    // the values are equal.
+    if ((in_run && (a_digit || b_digit)) || (a_digit && b_digit)) {
+        qsizetype start = m;
+        while (start > s && isDigitUnit(a[start - 1]))
+            --start;
+        qsizetype ea = m, eb = m;
+        while (ea < na && isDigitUnit(a[ea]))
+            ++ea;
+        while (eb < nb && isDigitUnit(b[eb]))
+            ++eb;
+        const int order = compareRuns(a + start, ea - start, b + start, eb - start);
+        return order == 0 ? -1 : first(order < 0);
+    }
+    // The same chunks up to here. A key that ends, or whose text chunk ends
+    // where the other's goes on, has the smaller chunk or fewer chunks; two
+    // text units decide their chunks.
+    if (a_ends || b_ends) return first(a_ends);
+    if (a_digit != b_digit) return first(a_digit);
+    return first(a[m] < b[m]);
+}
+
+} // namespace
+
+int compareSortKeysAtDifference(QStringView a, const SortKeyTraits& ta, QStringView b,
+                                const SortKeyTraits& tb, bool descending) {
+    return atDifference(a.utf16(), a.size(), ta, b.utf16(), b.size(), tb, descending);
+}
+
+int compareSortKeysAtDifference(QLatin1String a, const SortKeyTraits& ta, QLatin1String b,
+                                const SortKeyTraits& tb, bool descending) {
+    return atDifference(reinterpret_cast<const uchar*>(a.data()), a.size(), ta,
+                        reinterpret_cast<const uchar*>(b.data()), b.size(), tb, descending);
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLatin1String>
 #include <QString>
 #include <QStringView>
 
@@ -67,3 +68,14 @@ bool compareSortKeys(QStringView a, const SortKeyTraits& ta, QStringView b, cons
 // shortcuts are checked against.
 bool compareSortKeysInFull(QStringView a, const SortKeyTraits& ta, QStringView b,
                            const SortKeyTraits& tb, bool descending);
+
+// The rules read where the two keys first differ, for what the traits left
+// open: 1 when `a` goes first, 0 when it does not, -1 when digit runs of
+// equal value there ("01" and "1") need the rules in full. Neighbours in
+// sorted order share long prefixes, so the late comparisons of a sort are of
+// this kind; one walk to the first difference replaces the chunk walk.
+int compareSortKeysAtDifference(QStringView a, const SortKeyTraits& ta, QStringView b,
+                                const SortKeyTraits& tb, bool descending);
+// The same on keys stored one byte a code unit (Latin-1), not widened.
+int compareSortKeysAtDifference(QLatin1String a, const SortKeyTraits& ta, QLatin1String b,
+                                const SortKeyTraits& tb, bool descending);

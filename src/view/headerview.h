@@ -31,9 +31,15 @@ signals:
     void arrayDragStopSignal(Axis axis, int section);
 
 protected:
+    // A label the model marks with a sort arrow (its last character) gets
+    // the arrow drawn as a triangle: few fonts hold those characters.
+    void paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const override;
     void mousePressEvent(QMouseEvent* e) override;
     void mouseMoveEvent(QMouseEvent* e) override;
     void mouseReleaseEvent(QMouseEvent* e) override;
+    // Away from the grips a double-click is the section's (a sort); on a
+    // grip it stays with Qt.
+    void mouseDoubleClickEvent(QMouseEvent* e) override;
 
 private:
     // The section under the point when the point is clear of both grips.

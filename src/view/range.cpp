@@ -113,7 +113,7 @@ QVariant Range::valueAt(int r, int c, bool old) const {
     const auto& line_values = old ? old_values : values;
     const auto& grid = old ? old_value_grid : value_grid;
     const QVariant& single = old ? old_value : value;
-    // A row's values run along it, one per column; a column's one per row.
+    // A row's values run along its columns, a column's down its rows.
     if (kind == Row) {
         const size_t i = size_t(c - col);
         if (c >= col && i < line_values.size()) return line_values[i];

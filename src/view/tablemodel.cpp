@@ -61,8 +61,13 @@ TableModel::TableModel(bool read_only_flag, QObject* parent)
             &TableModel::onGetEdgeIndexesOfSortedColumnsFinished);
     connect(worker, &TableModelWorker::isColumnAllNumbersFinishedSignal, this,
             &TableModel::onIsColumnAllNumbersFinished);
+    connect(this, &TableModel::getSortPermutationSignal, worker,
+            &TableModelWorker::getSortPermutation);
+    connect(worker, &TableModelWorker::getSortPermutationFinishedSignal, this,
+            &TableModel::onGetSortPermutationFinished);
     connect(worker, &Worker::updateProgressSignal, this, &TableModel::updateProgress);
     worker_thread.start(QThread::InheritPriority);
+    setCancelInfo(std::make_shared<bool>(false), std::make_shared<QMutex>());
 
     setTheme(Theme());
 }
@@ -686,6 +691,8 @@ void TableModel::updateStatusBarStats() {
 // ---- Worker jobs ----
 
 void TableModel::setCancelInfo(std::shared_ptr<bool> flag, std::shared_ptr<QMutex> m) {
+    cancel_flag = flag;
+    cancel_mutex = m;
     worker->setCancelInfo(flag, m);
     table_data.setCancelInfo(std::move(flag), std::move(m));
 }

@@ -170,6 +170,9 @@ public:
     bool lock_row_insert = false;
     bool suppress_raw_cell_signal = false;
     bool suppress_layout_signals = false;
+    // A sort's local event loop lets keys and clicks through, to a progress
+    // dialog's Cancel; off, they wait for the sort's end.
+    bool sort_takes_input = true;
 
     // ---- Selection ----
     const RangeVector& selectionRanges() const { return selection; }
@@ -313,6 +316,31 @@ public:
     // Cells from mime data, shifted to start at (0, 0), raw coordinates.
     static void readMimeData(const QMimeData* mime, RangeVector* out);
 
+    // ---- Sorting (tablemodel_sort.cpp) ----
+    // The order of a sort by one line: `state.kind` 0 orders the rows by raw
+    // column `state.index`, 1 the columns by raw row `state.index`;
+    // `state.order` 0 ascending, 1 descending. Position i takes raw line
+    // permutation[i]; the lines before `first_index` keep their place. The
+    // keys are read and sorted on the worker while a local event loop runs
+    // (`use_event_loop`), or on this thread. False when cancelled (through
+    // cancelJob or the shared flag), with the permutation left empty.
+    bool getSortPermutation(std::vector<int>& permutation, SortRecord state, int first_index,
+                            bool use_event_loop);
+    // The first raw line a sort moves along an axis (0 rows, 1 columns):
+    // the header lines shown at the top or left stay.
+    int firstSortedLine(int axis) const;
+    // Applies a sort's permutation, sets its record and clears the other
+    // axis's, whose line now holds other cells. False for an order that does
+    // not fit the table.
+    bool sortRowsByColumn(const std::vector<int>& permutation, int order, int column);
+    bool sortColsByRow(const std::vector<int>& permutation, int order, int row);
+    // Takes a permutation back; the records are the caller's to restore.
+    bool unsortRows(const std::vector<int>& permutation);
+    bool unsortCols(const std::vector<int>& permutation);
+    // Asks the running job to stop at its next report.
+    void cancelJob();
+    bool isSorting() const { return sorting; }
+
     // Worker jobs; each blocks in a local event loop until its reply.
     bool getModelWithColModelSubset(TableModel* new_model, std::vector<int>* col_model_list,
                                     int num_rows, int num_cols);
@@ -359,6 +387,8 @@ signals:
     void endGetModelWithColModelSubsetLoopSignal();
     void endGetEdgeIndexesOfSortedColumnsLoopSignal();
     void endIsColumnAllNumbersSignal();
+    void getSortPermutationSignal();
+    void endGetSortPermutationLoopSignal();
     void insertRowsGuiSignal(int row, int count);
     void insertRowsGuiSignal(std::vector<int>& rows);
     void insertColsGuiSignal(int col, int count);
@@ -394,6 +424,7 @@ public slots:
     void onGetModelWithColSubsetFinished(bool complete);
     void onGetEdgeIndexesOfSortedColumnsFinished(bool completed);
     void onIsColumnAllNumbersFinished(bool completed);
+    void onGetSortPermutationFinished(bool completed);
 
 private:
     bool rowMayMatch(const FindMatcher& matcher, int model_row) const;
@@ -427,6 +458,7 @@ private:
     void refreshThemeCaches();
     static qint64 estimateRowCount(const QString& filepath);
     void growDuringLoad(int curr_num_reports, int num_total_reports);
+    bool applyLineOrder(bool rows, const std::vector<int>& permutation, bool inverse);
 
     TableData table_data;
     int num_model_rows = 0;
@@ -498,6 +530,9 @@ private:
     QThread worker_thread;
     TableModelWorker* worker = nullptr;
     bool job_completed = false;
+    bool sorting = false;
+    std::shared_ptr<bool> cancel_flag;
+    std::shared_ptr<QMutex> cancel_mutex;
     bool growth_pending = false;
     qint64 load_row_estimate = 0;
     mutable qint64 display_reads = 0;

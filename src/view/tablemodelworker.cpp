@@ -1,6 +1,9 @@
 #include "tablemodelworker.h"
 
+#include "data/sortcanceledexception.h"
+#include "data/sortkeys.h"
 #include "edit/sortnumber.h"
+#include "edit/sortpermutation.h"
 #include "view/tablemodel.h"
 
 void TableModelWorker::getModelWithColModelSubset(TableModel* new_model, TableData* table_data,
@@ -64,4 +67,50 @@ void TableModelWorker::isColumnAllNumbers(int col_model, TableModel* model) {
         }
     }
     emit isColumnAllNumbersFinishedSignal(true);
+}
+
+bool TableModelWorker::runSortJob() {
+    sort_permutation = std::vector<int>();
+    const SortJob job = sort_job;
+    if (!job.data) return false;
+    // Reading a file kept on disk is most of its sort; in memory the
+    // comparisons are.
+    const float read_share = job.low_memory ? 0.6f : 0.25f;
+    startTimer();
+    // Each phase starts with a report, whatever the clock says, so that a
+    // cancel given at the first report ends the job at the next.
+    auto checkpoint = [this](float proportion) {
+        if (isCanceled()) return false;
+        emit updateProgressSignal(proportion);
+        timer.restart();
+        return true;
+    };
+    if (!checkpoint(0)) return false;
+    SortKeys keys;
+    const bool read = job.data->readSortKeys(
+        job.rows_move, job.index, job.case_sensitive, keys, [&](qint64 done, qint64 total) {
+            if (timer.elapsed() < kReportIntervalMs) return true;
+            return checkpoint(read_share * float(done) / float(std::max<qint64>(total, 1)));
+        });
+    if (!read || !checkpoint(read_share)) return false;
+
+    SortOptions options;
+    options.descending = job.descending;
+    options.first_index = job.first_index;
+    options.low_memory = job.low_memory;
+    options.progress_interval = std::chrono::milliseconds(kReportIntervalMs);
+    options.progress = [&](float proportion) {
+        if (isCanceled()) throw SortCanceledException();
+        emit updateProgressSignal(read_share + (1.0f - read_share) * proportion);
+    };
+    try {
+        sort_permutation = sortPermutation(keys, job.data->sortKeyMap(job.rows_move), options);
+    } catch (const SortCanceledException&) {
+        return false;
+    }
+    return true;
+}
+
+void TableModelWorker::getSortPermutation() {
+    emit getSortPermutationFinishedSignal(runSortJob());
 }

@@ -149,6 +149,10 @@ TableView::TableView(bool read_only, QWidget* parent) : AbstractTableView(parent
     connect(vertical_header, &QHeaderView::sectionEntered, this,
             &TableView::onVerticalSectionEntered);
     connect(vertical_header, &HeaderView::mouseReleased, this, &TableView::onVerticalMouseReleased);
+    connect(horizontal_header, &QHeaderView::sectionDoubleClicked, this,
+            &TableView::onHorizontalSectionDoubleClicked);
+    connect(vertical_header, &QHeaderView::sectionDoubleClicked, this,
+            &TableView::onVerticalSectionDoubleClicked);
 
     connect(verticalScrollBar(), &QScrollBar::sliderReleased, this,
             &TableView::onScrollBarReleased);

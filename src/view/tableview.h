@@ -202,6 +202,15 @@ public:
     // The query whose matches are highlighted (when it asks for that).
     void setFindQuery(const FindReplaceQuery& query);
     void refreshFindMatches();
+    // ---- Sorting (tableview_sort.cpp) ----
+    // By the main cell's column or row; order 0 ascending, 1 descending.
+    // A long sort shows its progress and can be cancelled, leaving the table
+    // as it was and no undo step.
+    void sortSelectedColumn(int order);
+    void sortSelectedRow(int order);
+    // Each selected row (horizontally) or column of cells in itself: one
+    // undo step.
+    void sortSelectedCells(bool horizontally, int order);
 
     // The width auto-fit gives a column: five measured strings at most,
     // from at most 100 + eval_precision sampled rows.
@@ -281,6 +290,10 @@ public slots:
     void onVerticalSectionShiftClicked(int row);
     void onVerticalSectionEntered(int row);
     void onVerticalMouseReleased();
+    // A double-click on a label sorts by that line: ascending, or descending
+    // when it is sorted ascending already.
+    void onHorizontalSectionDoubleClicked(int col);
+    void onVerticalSectionDoubleClicked(int row);
     void onTopLeftCornerButtonClicked();
     void onTopLeftCornerButtonCtrlClicked();
     void selectRow(int row);
@@ -311,6 +324,8 @@ private:
     void dragMoveEvent(QDragMoveEvent* e) override;
     void dropEvent(QDropEvent* e) override;
     void startCellDrag();
+    // A sort by raw line `index` along `axis` (0: rows move), with progress.
+    void sortByLine(int axis, int index, int order);
 
     TableDelegate* delegate = nullptr;
     RangeVector edit_ranges;

@@ -26,7 +26,8 @@
 
 void TableView::pushCommand(TableUndoCommand* command) {
     if (!command) return;
-    if (!command->is_valid) {
+    // While a sort reads the table on the worker nothing may change it.
+    if (!command->is_valid || model_busy || table_model->isSorting()) {
         delete command;
         return;
     }
@@ -300,12 +301,13 @@ bool TableView::handleEditingKey(QKeyEvent* e) {
     const bool ctrl = mods == Qt::ControlModifier;
     const bool ctrl_shift = mods == (Qt::ControlModifier | Qt::ShiftModifier);
     const bool writable = !table_model->isReadOnly();
+    // A read-only table's stack holds only sorts, which undo there too.
     if (ctrl && key == Qt::Key_Z) {
-        if (writable) commandUndo();
+        commandUndo();
         return true;
     }
     if ((ctrl && key == Qt::Key_Y) || (ctrl_shift && key == Qt::Key_Z)) {
-        if (writable) commandRedo();
+        commandRedo();
         return true;
     }
     if (ctrl && key == Qt::Key_C) {

@@ -169,12 +169,21 @@ private slots:
         QFETCH(bool, asynchronous);
         TableData t;
         loadText(t, "r0\nr1\nr2\nr3\n");
-        std::vector<int> order = {3, 0, 1, 2}; // row i goes to order[i]
-        QVERIFY(t.applyRowOrder(order, asynchronous));
-        QStringList got;
-        for (int r = 0; r < 4; ++r)
-            got << t.data(r, 0).toString();
-        QCOMPARE(got, QStringList({"r1", "r2", "r3", "r0"}));
+        const std::vector<int> order = {3, 0, 1, 2}; // position i takes the row at order[i]
+        auto rows = [&t] {
+            QStringList got;
+            for (int r = 0; r < 4; ++r)
+                got << t.data(r, 0).toString();
+            return got;
+        };
+        QVERIFY(t.applyRowOrder(order, false, asynchronous));
+        QCOMPARE(rows(), QStringList({"r3", "r0", "r1", "r2"}));
+        QVERIFY(t.applyRowOrder(order, true, asynchronous));
+        QCOMPARE(rows(), QStringList({"r0", "r1", "r2", "r3"}));
+        // An order that is no permutation of the rows changes nothing.
+        QVERIFY(!t.applyRowOrder({0, 1, 2}, false, asynchronous));
+        QVERIFY(!t.applyRowOrder({0, 1, 1, 2}, false, asynchronous));
+        QCOMPARE(rows(), QStringList({"r0", "r1", "r2", "r3"}));
     }
 
     // A large file loads on its own thread with progress, and closing the
@@ -213,7 +222,7 @@ private slots:
         t.load(path, false, true, ",", ",", Utf8, Rfc4180);
         QCOMPARE(t.containerKind(), TableData::ReadOnlyKind);
         std::vector<int> shown = {2, 0, 1}; // position i shows raw row shown[i]
-        QVERIFY(t.applyRowOrder(shown, true));
+        QVERIFY(t.applyRowOrder(shown, false, true));
         QCOMPARE(t.data(0, 0).toString(), QString("r2"));
         QVERIFY(!t.setData(0, 0, "x"));
         QCOMPARE(readFile(path), QByteArray("r0\nr1\nr2\n"));
@@ -316,20 +325,35 @@ private slots:
                     std::vector<int> order(cells.size());
                     std::iota(order.begin(), order.end(), 0);
                     std::shuffle(order.begin(), order.end(), rng);
+                    // Position i takes the line at order[i]; undone every
+                    // other time, as undo applies it.
+                    const bool inverse = rng() % 2;
                     auto moved = cells;
-                    for (int i = 0; i < rows(); ++i)
-                        moved[size_t(order[size_t(i)])] = cells[size_t(i)];
-                    QVERIFY(t.applyRowOrder(order, false));
+                    for (int i = 0; i < rows(); ++i) {
+                        if (inverse)
+                            moved[size_t(order[size_t(i)])] = cells[size_t(i)];
+                        else
+                            moved[size_t(i)] = cells[size_t(order[size_t(i)])];
+                    }
+                    // The model's rows are the stored columns of a
+                    // transposed table.
+                    QVERIFY(tr ? t.applyColumnOrder(order, inverse)
+                               : t.applyRowOrder(order, inverse, false));
                     cells.swap(moved);
                     std::vector<int> column_order(cells[0].size());
                     std::iota(column_order.begin(), column_order.end(), 0);
                     std::shuffle(column_order.begin(), column_order.end(), rng);
                     for (auto& row : cells) {
                         auto was = row;
-                        for (int c = 0; c < columns(); ++c)
-                            row[size_t(column_order[size_t(c)])] = was[size_t(c)];
+                        for (int c = 0; c < columns(); ++c) {
+                            if (inverse)
+                                row[size_t(column_order[size_t(c)])] = was[size_t(c)];
+                            else
+                                row[size_t(c)] = was[size_t(column_order[size_t(c)])];
+                        }
                     }
-                    t.applyColumnOrder(column_order);
+                    QVERIFY(tr ? t.applyRowOrder(column_order, inverse, false)
+                               : t.applyColumnOrder(column_order, inverse));
                 } else {
                     t.setTransposed(!tr);
                 }

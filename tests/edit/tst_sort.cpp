@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <random>
 
 Q_DECLARE_METATYPE(std::vector<int>)
 
@@ -70,6 +71,7 @@ private slots:
     void permutation_data();
     void permutation();
     void permutationIsValidAndStable();
+    void keyStoreAndMappedKeys();
     void progressAndCancel();
     void cellGroup_data();
     void cellGroup();
@@ -155,17 +157,48 @@ void TestSort::shortcutsAgreeWithFullRules() {
         }
         keys << key;
     }
+    // Neighbours in sorted order share their heads: the same keys again
+    // with a unit changed, cut or added somewhere.
+    for (int i = 0; i < 300; ++i) {
+        QString key = keys[random.bounded(keys.size())];
+        const int at = random.bounded(static_cast<int>(key.size()) + 1);
+        const QChar unit = alphabet[random.bounded(alphabet.size())];
+        switch (random.bounded(3)) {
+        case 0:
+            key.insert(at, unit);
+            break;
+        case 1:
+            key.truncate(at);
+            break;
+        default:
+            if (at < key.size()) key[at] = unit;
+        }
+        keys << key;
+    }
+    auto isNarrow = [](QChar c) { return c.unicode() < 256; };
+    std::vector<QByteArray> latin1;
     std::vector<SortKeyTraits> traits;
-    for (const QString& key : keys)
+    for (const QString& key : keys) {
         traits.push_back(SortKeyTraits::of(key));
+        latin1.push_back(key.toLatin1());
+    }
     for (qsizetype i = 0; i < keys.size(); ++i) {
         for (qsizetype j = 0; j < keys.size(); ++j) {
             for (const bool descending : {false, true}) {
                 const SortKeyTraits& ti = traits[static_cast<std::size_t>(i)];
                 const SortKeyTraits& tj = traits[static_cast<std::size_t>(j)];
-                QVERIFY2(compareSortKeys(keys[i], ti, keys[j], tj, descending) ==
-                             compareSortKeysInFull(keys[i], ti, keys[j], tj, descending),
+                const bool full = compareSortKeysInFull(keys[i], ti, keys[j], tj, descending);
+                QVERIFY2(compareSortKeys(keys[i], ti, keys[j], tj, descending) == full,
                          qPrintable(keys[i] + " | " + keys[j]));
+                // Read at the first difference: the same answer, or none.
+                const int at = compareSortKeysAtDifference(keys[i], ti, keys[j], tj, descending);
+                QVERIFY2(at == -1 || (at == 1) == full, qPrintable(keys[i] + " | " + keys[j]));
+                const bool narrow = std::all_of(keys[i].begin(), keys[i].end(), isNarrow) &&
+                                    std::all_of(keys[j].begin(), keys[j].end(), isNarrow);
+                if (narrow)
+                    QCOMPARE(compareSortKeysAtDifference(QLatin1String(latin1[i]), ti,
+                                                         QLatin1String(latin1[j]), tj, descending),
+                             at);
             }
         }
     }
@@ -256,11 +289,17 @@ void TestSort::permutationIsValidAndStable() {
             keys << (consistent ? consistentKey(random, round % 3) : randomKey(random));
         const bool descending = random.bounded(2) == 1;
         const int headers = consistent ? 0 : random.bounded(4);
-        const std::vector<int> p =
-            sortPermutation(keys, {descending, consistent || random.bounded(2) == 1, headers, {}});
-        QVERIFY(isPermutation(p, static_cast<int>(keys.size())));
-        for (int i = 0; i < std::min<int>(headers, static_cast<int>(keys.size())); ++i)
-            QCOMPARE(p[static_cast<std::size_t>(i)], i);
+        SortOptions options{descending, consistent || random.bounded(2) == 1, headers, {}};
+        const std::vector<int> p = sortPermutation(keys, options);
+        // The low-memory sort, in blocks small enough for every merge.
+        options.low_memory = true;
+        options.low_memory_block = random.bounded(2, 40);
+        const std::vector<int> lean = sortPermutation(keys, options);
+        for (const std::vector<int>* result : {&p, &lean}) {
+            QVERIFY(isPermutation(*result, static_cast<int>(keys.size())));
+            for (int i = 0; i < std::min<int>(headers, static_cast<int>(keys.size())); ++i)
+                QCOMPARE((*result)[static_cast<std::size_t>(i)], i);
+        }
         if (!consistent) continue;
         std::vector<int> reference(static_cast<std::size_t>(keys.size()));
         std::iota(reference.begin(), reference.end(), 0);
@@ -268,6 +307,52 @@ void TestSort::permutationIsValidAndStable() {
             return compareForSort(keys[a], keys[b], descending);
         });
         QCOMPARE(p, reference);
+        QCOMPARE(lean, reference);
+    }
+}
+
+// The key store gives back every key, narrow, wide, long or larger than its
+// blocks; a sort through it by an index map orders the positions by the
+// keys they map to.
+void TestSort::keyStoreAndMappedKeys() {
+    QStringList texts{"",
+                      "plain",
+                      "Zürich",
+                      QString::fromUtf8("東京 3"),
+                      QString::fromUtf8("a😀b"),
+                      QString(126, 'x'),
+                      QString(127, 'y'),
+                      QString(300, u'é')};
+    texts << QString(5 << 20, 'n') << QString(3 << 20, QChar(0x4E00)) << "after the long ones";
+    SortKeys store;
+    for (const QString& t : texts)
+        QVERIFY(store.append(t));
+    QVERIFY(store.appendAscii("MiXeD 42", true));
+    texts << "mixed 42";
+    QCOMPARE(store.size(), int(texts.size()));
+    SortKeys::Scratch scratch;
+    for (int i = 0; i < store.size(); ++i)
+        QVERIFY2(store.text(i, scratch) == texts[i], qPrintable(QString::number(i)));
+
+    QRandomGenerator random(11);
+    for (int round = 0; round < 40; ++round) {
+        // Keys in one order, positions showing them in another.
+        SortKeys keys;
+        QStringList by_key;
+        for (int i = random.bounded(0, 300); i > 0; --i) {
+            by_key << consistentKey(random, round % 3);
+            keys.append(by_key.back());
+        }
+        std::vector<int> key_of(static_cast<std::size_t>(by_key.size()));
+        std::iota(key_of.begin(), key_of.end(), 0);
+        std::shuffle(key_of.begin(), key_of.end(), std::mt19937(round));
+        QStringList by_position;
+        for (const int k : key_of)
+            by_position << by_key[k];
+        SortOptions options{round % 2 == 1, true, round % 4, {}};
+        options.low_memory = round % 3 == 0;
+        options.low_memory_block = 7;
+        QCOMPARE(sortPermutation(keys, key_of, options), sortPermutation(by_position, options));
     }
 }
 
