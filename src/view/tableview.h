@@ -177,7 +177,7 @@ public:
     void joinSelectedCells(bool horizontally, const QString& separator);
     // Each selected cell's parts go to it and the cells to its right (or
     // below), over what is there. By delimiter, or with `by_index` at the
-    // indexes parsed from `spec`.
+    // given character indexes.
     void splitSelectedCells(bool horizontally, bool by_index, const QString& delimiter,
                             const QList<int>& indexes);
     // The main member's values in the new shape from its top left corner;

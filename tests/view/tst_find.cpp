@@ -1,4 +1,5 @@
 #include "edit/findmatcher.h"
+#include "testutilfiles.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 
@@ -15,16 +16,11 @@
 class TestFind : public QObject {
     Q_OBJECT
 
-    QTemporaryDir dir;
-    int files = 0;
+    ScratchFiles files;
 
     std::unique_ptr<TableView> makeView(const QByteArray& bytes) {
-        const QString path = dir.filePath(QStringLiteral("f%1.csv").arg(++files));
-        QFile f(path);
-        if (f.open(QIODevice::WriteOnly)) f.write(bytes);
-        f.close();
         auto view = std::make_unique<TableView>(false);
-        view->model()->load(path, false);
+        view->model()->load(files.write(bytes), false);
         view->model()->selectSingleCell(Range(0, 0, Range::Model));
         return view;
     }

@@ -1,4 +1,5 @@
 #include "edit/commands/lines/splitcellscommand.h"
+#include "testutilfiles.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 
@@ -16,33 +17,17 @@
 class TestLines : public QObject {
     Q_OBJECT
 
-    QTemporaryDir dir;
-    int files = 0;
-
-    QString writeFile(const QByteArray& bytes) {
-        const QString path = dir.filePath(QStringLiteral("l%1.csv").arg(++files));
-        QFile f(path);
-        if (f.open(QIODevice::WriteOnly)) f.write(bytes);
-        return path;
-    }
-    static QByteArray readFile(const QString& path) {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-    }
+    ScratchFiles files;
     std::unique_ptr<TableView> makeView(const QByteArray& bytes) {
         auto view = std::make_unique<TableView>(false);
-        view->model()->load(writeFile(bytes), false);
+        view->model()->load(files.write(bytes), false);
         view->resize(600, 400);
         view->show();
         if (!QTest::qWaitForWindowExposed(view.get())) return nullptr;
         view->model()->selectSingleCell(Range(0, 0, Range::Model));
         return view;
     }
-    QByteArray saved(TableView& v) {
-        const QString path = dir.filePath(QStringLiteral("saved%1.csv").arg(++files));
-        return v.model()->tableData().saveAs(path, false, false) ? readFile(path)
-                                                                 : QByteArray("<failed>");
-    }
+    QByteArray saved(TableView& v) { return files.saved(*v.model()); }
     // Whole model lines [first, last] on one axis, the main cell on the first.
     static Range lines(bool rows, int first, int last) {
         Range r = Range::wholeTable(Range::Model);
@@ -55,7 +40,7 @@ class TestLines : public QObject {
     }
 
 private slots:
-    void initTestCase() { QVERIFY(dir.isValid()); }
+    void initTestCase() { QVERIFY(files.isValid()); }
 
     // Random sequences of the commands and of hiding on random tables: undo
     // of all gives back the file's bytes and hidden lines, redo of all the

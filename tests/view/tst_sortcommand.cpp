@@ -1,5 +1,6 @@
 #include "edit/commands/sortcommand.h"
 #include "edit/sortcompare.h"
+#include "testutilfiles.h"
 #include "view/headerview.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
@@ -85,23 +86,8 @@ std::vector<int> movedHidden(const std::vector<int>& hidden, const std::vector<i
 class TestSortCommand : public QObject {
     Q_OBJECT
 
-    QTemporaryDir dir;
-    int files = 0;
-
-    QString writeFile(const QByteArray& bytes) {
-        const QString path = dir.filePath(QStringLiteral("s%1.csv").arg(++files));
-        QFile f(path);
-        if (f.open(QIODevice::WriteOnly)) f.write(bytes);
-        return path;
-    }
-    static QByteArray readFile(const QString& path) {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-    }
-    QByteArray savedBytes(TableModel& m) {
-        const QString path = dir.filePath(QStringLiteral("saved%1.csv").arg(++files));
-        return m.tableData().saveAs(path, false, false) ? readFile(path) : "<failed>";
-    }
+    ScratchFiles files;
+    QByteArray savedBytes(TableModel& m) { return files.saved(m); }
     static Grid rawGrid(const TableModel& m) {
         const TableData& d = m.tableData();
         Grid grid;
@@ -124,7 +110,7 @@ class TestSortCommand : public QObject {
     }
 
 private slots:
-    void initTestCase() { QVERIFY(dir.isValid()); }
+    void initTestCase() { QVERIFY(files.isValid()); }
 
     void sortAndUndo_data() {
         QTest::addColumn<bool>("read_only");
@@ -163,7 +149,7 @@ private slots:
         QFETCH(bool, case_sensitive);
 
         const Grid original = makeGrid(12, 7);
-        const QString path = writeFile(csvOf(original));
+        const QString path = files.write(csvOf(original));
         TableModel model(read_only);
         model.load(path, false);
         QCOMPARE(rawGrid(model), original);
@@ -230,7 +216,7 @@ private slots:
                 QVERIFY2(label.endsWith(orders[step] == 0 ? QChar(0x2BC5) : QChar(0x2BC6)),
                          qPrintable(label));
             }
-            if (!read_only) QCOMPARE(readFile(path), csvOf(expected));
+            if (!read_only) QCOMPARE(ScratchFiles::read(path), csvOf(expected));
         }
 
         stack.undo();
@@ -240,7 +226,7 @@ private slots:
         QCOMPARE(model.colSort().index, before_col.index);
         QCOMPARE(model.colSort().order, before_col.order);
         QCOMPARE(model.rowSort().order, before_row.order);
-        if (!read_only) QCOMPARE(readFile(path), csvOf(original));
+        if (!read_only) QCOMPARE(ScratchFiles::read(path), csvOf(original));
         stack.redo();
         stack.redo();
         QCOMPARE(show(rawGrid(model)), show(expected));
@@ -257,14 +243,14 @@ private slots:
     void cancelledSortChangesNothing() {
         QFETCH(bool, read_only);
         const Grid original = makeGrid(40, 5);
-        const QString path = writeFile(csvOf(original));
+        const QString path = files.write(csvOf(original));
         TableModel model(read_only);
         model.load(path, false);
         if (!read_only) model.setSaveAfterEachEdit(true);
         QUndoStack stack;
         stack.push(new SortCommand(&model, SortState{0, 0, 1}));
         const Grid after_first = rawGrid(model);
-        const QByteArray file_bytes = readFile(path);
+        const QByteArray file_bytes = ScratchFiles::read(path);
         const QByteArray saved = savedBytes(model);
 
         QSignalSpy reports(&model, &TableModel::updateProgressSignal);
@@ -280,7 +266,7 @@ private slots:
         QCOMPARE(rawGrid(model), after_first);
         QCOMPARE(model.colSort().index, 1);
         QCOMPARE(model.colSort().order, 0);
-        QCOMPARE(readFile(path), file_bytes);
+        QCOMPARE(ScratchFiles::read(path), file_bytes);
         QCOMPARE(savedBytes(model), saved);
         // The next sort is not cancelled by the last one's flag.
         auto* next = new SortCommand(&model, SortState{1, 0, 3}, nullptr, false);
@@ -305,7 +291,7 @@ private slots:
         QFETCH(bool, case_sensitive);
         const Grid original = makeGrid(8, 6);
         TableView view;
-        view.model()->load(writeFile(csvOf(original)), false);
+        view.model()->load(files.write(csvOf(original)), false);
         TableModel& m = *view.model();
         m.setCaseSensitiveSorting(case_sensitive);
         // A block and two cells apart, one of them on a line of the block.
@@ -358,7 +344,7 @@ private slots:
             csv += "w" + QByteArray::number(random.bounded(1000000)) + ',' + QByteArray::number(r) +
                    '\n';
         TableView view;
-        view.model()->load(writeFile(csv), false);
+        view.model()->load(files.write(csv), false);
         TableModel& m = *view.model();
         m.selectSingleCell(Range(1, 0, Range::Model));
         auto column = [&m](int c) {
@@ -394,7 +380,7 @@ private slots:
         const Grid original = makeGrid(10, 4);
         TableView view;
         view.resize(600, 400);
-        view.model()->load(writeFile(csvOf(original)), false);
+        view.model()->load(files.write(csvOf(original)), false);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         TableModel& m = *view.model();

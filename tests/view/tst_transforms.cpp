@@ -1,5 +1,6 @@
 #include "edit/casetransforms.h"
 #include "edit/datetimeconversion.h"
+#include "testutilfiles.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 
@@ -19,30 +20,14 @@
 class TestTransforms : public QObject {
     Q_OBJECT
 
-    QTemporaryDir dir;
-    int files = 0;
-
-    QString writeFile(const QByteArray& bytes) {
-        const QString path = dir.filePath(QStringLiteral("t%1.csv").arg(++files));
-        QFile f(path);
-        if (f.open(QIODevice::WriteOnly)) f.write(bytes);
-        return path;
-    }
-    static QByteArray readFile(const QString& path) {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-    }
+    ScratchFiles files;
     std::unique_ptr<TableView> makeView(const QByteArray& bytes) {
         auto view = std::make_unique<TableView>(false);
-        view->model()->load(writeFile(bytes), false);
+        view->model()->load(files.write(bytes), false);
         view->resize(400, 300);
         return view;
     }
-    QByteArray saved(TableView& v) {
-        const QString path = dir.filePath(QStringLiteral("out%1.csv").arg(++files));
-        return v.model()->tableData().saveAs(path, false, false) ? readFile(path)
-                                                                 : QByteArray("<failed>");
-    }
+    QByteArray saved(TableView& v) { return files.saved(*v.model()); }
     static Range column(int col) {
         Range r = Range::line(col, Range::Column, Range::Model);
         r.is_main = true;
@@ -249,7 +234,7 @@ class TestTransforms : public QObject {
     }
 
 private slots:
-    void initTestCase() { QVERIFY(dir.isValid()); }
+    void initTestCase() { QVERIFY(files.isValid()); }
 
     void commands_data() {
         QTest::addColumn<int>("index");
