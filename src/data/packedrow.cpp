@@ -3,6 +3,52 @@
 #include <climits>
 #include <malloc.h>
 
+namespace {
+
+uint64_t getEnd(const uint8_t* p, size_t w) {
+    switch (w) {
+    case 1:
+        return *p;
+    case 2: {
+        uint16_t v;
+        std::memcpy(&v, p, 2);
+        return v;
+    }
+    case 4: {
+        uint32_t v;
+        std::memcpy(&v, p, 4);
+        return v;
+    }
+    default: {
+        uint64_t v;
+        std::memcpy(&v, p, 8);
+        return v;
+    }
+    }
+}
+
+void putEnd(uint8_t* p, size_t w, uint64_t v) {
+    switch (w) {
+    case 1:
+        *p = uint8_t(v);
+        break;
+    case 2: {
+        const auto t = uint16_t(v);
+        std::memcpy(p, &t, 2);
+        break;
+    }
+    case 4: {
+        const auto t = uint32_t(v);
+        std::memcpy(p, &t, 4);
+        break;
+    }
+    default:
+        std::memcpy(p, &v, 8);
+    }
+}
+
+} // namespace
+
 size_t PackedRow::blockBytes() const noexcept {
     if (!block_) return 0;
     const size_t w = width();
@@ -166,40 +212,7 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
     // Everything after the cell (the cells, then offsets and marks) moves as one.
     std::memmove(data + old_end + d, data + old_end, total - old_end + tail);
     if (!bytes.isEmpty()) std::memcpy(data + start, src, size_t(bytes.size()));
-    auto put = [&](uint8_t* p, uint64_t v) {
-        switch (w) {
-        case 1: {
-            const auto t = uint8_t(v);
-            std::memcpy(p, &t, 1);
-            break;
-        }
-        case 2: {
-            const auto t = uint16_t(v);
-            std::memcpy(p, &t, 2);
-            break;
-        }
-        case 4: {
-            const auto t = uint32_t(v);
-            std::memcpy(p, &t, 4);
-            break;
-        }
-        default:
-            std::memcpy(p, &v, 8);
-        }
-    };
-    auto get = [&](const uint8_t* p) -> uint64_t {
-        switch (w) {
-        case 1:
-            return *p;
-        case 2:
-            return load<uint16_t>(p);
-        case 4:
-            return load<uint32_t>(p);
-        default:
-            return load<uint64_t>(p);
-        }
-    };
-    put(block_ + 1 + w, new_total);
+    putEnd(block_ + 1 + w, w, new_total);
     uint8_t* ends = data + new_total;
     size_t j = size_t(i);
     if (w == 1) {
@@ -215,56 +228,11 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
         }
     }
     for (; j < count; ++j)
-        put(ends + j * w, uint64_t(qsizetype(get(ends + j * w)) + d));
+        putEnd(ends + j * w, w, uint64_t(qsizetype(getEnd(ends + j * w, w)) + d));
     clearMark(i);
     return true;
 }
 
-namespace {
-
-uint64_t getEnd(const uint8_t* p, size_t w) {
-    switch (w) {
-    case 1:
-        return *p;
-    case 2: {
-        uint16_t v;
-        std::memcpy(&v, p, 2);
-        return v;
-    }
-    case 4: {
-        uint32_t v;
-        std::memcpy(&v, p, 4);
-        return v;
-    }
-    default: {
-        uint64_t v;
-        std::memcpy(&v, p, 8);
-        return v;
-    }
-    }
-}
-
-void putEnd(uint8_t* p, size_t w, uint64_t v) {
-    switch (w) {
-    case 1:
-        *p = uint8_t(v);
-        break;
-    case 2: {
-        const auto t = uint16_t(v);
-        std::memcpy(p, &t, 2);
-        break;
-    }
-    case 4: {
-        const auto t = uint32_t(v);
-        std::memcpy(p, &t, 4);
-        break;
-    }
-    default:
-        std::memcpy(p, &v, 8);
-    }
-}
-
-} // namespace
 
 bool PackedRow::eraseCells(int from, int to) {
     if (hasMarks()) return false;
