@@ -16,22 +16,7 @@
 #include <cstdio>
 #include <vector>
 
-namespace {
-
-double seconds(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e9;
-}
-
-struct Spread {
-    double median, min, max;
-};
-
-Spread spread(std::vector<double> v) {
-    std::sort(v.begin(), v.end());
-    return {v[v.size() / 2], v.front(), v.back()};
-}
-
-} // namespace
+namespace {} // namespace
 
 int benchFind(const QStringList& args) {
     QStringList rest = args;

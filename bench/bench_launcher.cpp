@@ -22,10 +22,6 @@
 
 namespace {
 
-double elapsedMs(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e6;
-}
-
 // Notes when a watched widget first paints.
 class PaintWatch : public QObject {
 public:
@@ -34,21 +30,10 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint && painted_ms < 0) painted_ms = elapsedMs(*clock);
+        if (event->type() == QEvent::Paint && painted_ms < 0) painted_ms = milliseconds(*clock);
         return QObject::eventFilter(watched, event);
     }
 };
-
-struct Stats {
-    double median = 0, min = 0, max = 0, p99 = 0;
-};
-
-Stats stats(std::vector<double> v) {
-    if (v.empty()) return {};
-    std::sort(v.begin(), v.end());
-    return {v[v.size() / 2], v.front(), v.back(),
-            v[std::min(v.size() - 1, size_t(double(v.size()) * 0.99))]};
-}
 
 // Opens a palette by `open`, then times it as described at the top.
 void measure(MainWindow& window, const char* op, int runs, const std::function<void()>& open) {
@@ -76,7 +61,7 @@ void measure(MainWindow& window, const char* op, int runs, const std::function<v
         first_rows.push_back(watch.painted_ms);
         while (!list->isFullyBuilt() && clock.elapsed() < 10000)
             QApplication::processEvents(QEventLoop::AllEvents, 1);
-        all_built.push_back(elapsedMs(clock));
+        all_built.push_back(milliseconds(clock));
 
         QLineEdit* editor = launcher->editor();
         for (const QString& query : queries) {
@@ -92,14 +77,14 @@ void measure(MainWindow& window, const char* op, int runs, const std::function<v
                 // The layout and the repaint the keystroke asked for.
                 QApplication::processEvents();
                 launcher->repaint();
-                keystrokes.push_back(elapsedMs(key_clock));
+                keystrokes.push_back(milliseconds(key_clock));
             }
         }
         window.paneView()->closeLauncher();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QApplication::processEvents();
     }
-    const Stats first = stats(first_rows), built = stats(all_built), keys = stats(keystrokes);
+    const Spread first = spread(first_rows), built = spread(all_built), keys = spread(keystrokes);
     std::printf("op=%s runs=%d options=%d first_rows_ms_median=%.2f first_rows_ms_min=%.2f "
                 "first_rows_ms_max=%.2f all_built_ms_median=%.1f all_built_ms_min=%.1f "
                 "all_built_ms_max=%.1f keystrokes=%zu refilter_ms_median=%.2f refilter_ms_min=%.2f "
@@ -136,15 +121,10 @@ int benchLauncher(const QStringList& args) {
     for (const CommandRecord& record : table.records())
         every.push_back({displayName(record), {}, record.shortcut, {}, {}});
     measure(window, "launcher_all_rows", runs, [&] {
-        QElapsedTimer t;
-        t.start();
         auto* launcher = new Launcher(window.paneView()->currentSettings());
         launcher->setPrompt(QStringLiteral("Command:"));
-        const double a = elapsedMs(t);
         launcher->setOptions(every);
-        const double b = elapsedMs(t);
         window.paneView()->setLauncher(launcher);
-        if (qEnvironmentVariableIsSet("GM_SPLIT")) std::fprintf(stderr, "ctor %.2f options %.2f install %.2f\n", a, b, elapsedMs(t));
     });
     return 0;
 }

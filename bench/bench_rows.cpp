@@ -26,10 +26,6 @@
 
 namespace {
 
-double elapsedMs(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e6;
-}
-
 long long peakRss() {
     struct rusage usage {};
     getrusage(RUSAGE_SELF, &usage);
@@ -42,20 +38,12 @@ struct Figures {
 };
 
 void printStats(const char* op, const TableModel& m, const Figures& f, const char* check) {
-    auto stats = [](std::vector<double> v, double* median, double* lo, double* hi) {
-        std::sort(v.begin(), v.end());
-        *median = v.empty() ? 0 : v[v.size() / 2];
-        *lo = v.empty() ? 0 : v.front();
-        *hi = v.empty() ? 0 : v.back();
-    };
-    double med, lo, hi, umed, ulo, uhi;
-    stats(f.ms, &med, &lo, &hi);
-    stats(f.undo_ms, &umed, &ulo, &uhi);
+    const Spread run = spread(f.ms), undo = spread(f.undo_ms);
     std::printf("op=rows-%s rows=%d cols=%d runs=%d median_ms=%.1f min_ms=%.1f max_ms=%.1f "
                 "undo_median_ms=%.1f undo_min_ms=%.1f undo_max_ms=%.1f check=%s "
                 "peak_rss_bytes=%lld\n",
                 op, m.tableData().numRawRows(), m.tableData().numRawColumns(), int(f.ms.size()),
-                med, lo, hi, umed, ulo, uhi, check, peakRss());
+                run.median, run.min, run.max, undo.median, undo.min, undo.max, check, peakRss());
     std::fflush(stdout);
 }
 
@@ -73,12 +61,12 @@ Figures measure(TableView& view, int runs, const std::function<void()>& select,
         t.start();
         command();
         QApplication::processEvents();
-        f.ms.push_back(elapsedMs(t));
+        f.ms.push_back(milliseconds(t));
         *ok = *ok && view.undoStack()->index() == depth + 1 && done();
         t.restart();
         view.commandUndo();
         QApplication::processEvents();
-        f.undo_ms.push_back(elapsedMs(t));
+        f.undo_ms.push_back(milliseconds(t));
         *ok = *ok && undone();
     }
     return f;

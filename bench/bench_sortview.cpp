@@ -40,19 +40,6 @@ long long currentRss() {
     return fields.size() > 1 ? fields[1].toLongLong() * sysconf(_SC_PAGESIZE) : -1;
 }
 
-double seconds(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e9;
-}
-
-struct Spread {
-    double median, low, high;
-};
-
-Spread spreadOf(std::vector<double> v) {
-    std::sort(v.begin(), v.end());
-    return {v[v.size() / 2], v.front(), v.back()};
-}
-
 } // namespace
 
 int benchSortView(const QStringList& args) {
@@ -158,14 +145,14 @@ int benchSortView(const QStringList& args) {
     }
     ProgressDialog::setAutoCancel({});
 
-    const Spread sort = spreadOf(sort_s);
-    const Spread undo = spreadOf(undo_s);
+    const Spread sort = spread(sort_s);
+    const Spread undo = spread(undo_s);
     std::printf("op=sortview rows=%d cols=%d column=%d read_only=%d runs=%d load_seconds=%.2f "
                 "sort_median_s=%.3f sort_min_s=%.3f sort_max_s=%.3f undo_median_s=%.3f "
                 "undo_min_s=%.3f undo_max_s=%.3f progress_reports=%d dialog_values=%d "
                 "in_order=%d restored=%d rss_before_sort=%lld peak_rss_bytes=%lld\n",
                 rows, data.numRawColumns(), column, read_only ? 1 : 0, runs, load_s, sort.median,
-                sort.low, sort.high, undo.median, undo.low, undo.high, reports, shown_values,
+                sort.min, sort.max, undo.median, undo.min, undo.max, reports, shown_values,
                 in_order ? 1 : 0, restored ? 1 : 0, rss_before, peakRss());
     return in_order && restored ? 0 : 1;
 }

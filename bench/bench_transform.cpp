@@ -21,19 +21,6 @@
 
 namespace {
 
-double seconds(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e9;
-}
-
-struct Spread {
-    double median, min, max;
-};
-
-Spread spread(std::vector<double> v) {
-    std::sort(v.begin(), v.end());
-    return {v[v.size() / 2], v.front(), v.back()};
-}
-
 QByteArray columnDigest(const TableModel& m, int col) {
     QCryptographicHash hash(QCryptographicHash::Sha1);
     const StoredCells cells = m.tableData().captureRaw(0, Range::kToEnd, col, col);

@@ -21,10 +21,6 @@
 
 namespace {
 
-double elapsedMs(const QElapsedTimer& t) {
-    return double(t.nsecsElapsed()) / 1e6;
-}
-
 void press(QWidget* w, int key, const QString& text) {
     QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
     QApplication::sendEvent(w, &down);
@@ -83,12 +79,12 @@ int benchType(const QStringList& args) {
         t.start();
         press(target, ch.toUpper().unicode(), QString(ch));
         QApplication::processEvents();
-        ms.push_back(elapsedMs(t));
+        ms.push_back(milliseconds(t));
     }
     QElapsedTimer t;
     t.start();
     view.stopEditing(true);
-    const double commit_ms = elapsedMs(t);
+    const double commit_ms = milliseconds(t);
     const auto* step = dynamic_cast<const SetModelDataCommand*>(
         view.undoStack()->command(view.undoStack()->count() - 1));
     const qint64 held = step ? heldBytes(step->cells) : -1;
@@ -96,12 +92,12 @@ int benchType(const QStringList& args) {
     t.restart();
     view.commandUndo();
     QApplication::processEvents();
-    const double undo_ms = elapsedMs(t);
+    const double undo_ms = milliseconds(t);
     const QString after_undo = model->tableData().rawData(1, column).toString();
     t.restart();
     view.commandRedo();
     QApplication::processEvents();
-    const double redo_ms = elapsedMs(t);
+    const double redo_ms = milliseconds(t);
     const bool redone = model->tableData().rawData(rows - 1, column).toString() == typed;
 
     std::vector<double> sorted = ms;

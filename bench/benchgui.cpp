@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -9,8 +10,7 @@ bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
            std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
            std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0 ||
-           std::strcmp(command, "rows") == 0 ||
-           std::strcmp(command, "sortview") == 0;
+           std::strcmp(command, "rows") == 0 || std::strcmp(command, "sortview") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -27,4 +27,19 @@ int benchGui(int argc, char** argv) {
     if (command == "rows") return benchRows(args);
     if (command == "sortview") return benchSortView(args);
     return 2;
+}
+
+double seconds(const QElapsedTimer& timer) {
+    return double(timer.nsecsElapsed()) / 1e9;
+}
+
+double milliseconds(const QElapsedTimer& timer) {
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+Spread spread(std::vector<double> v) {
+    if (v.empty()) return {};
+    std::sort(v.begin(), v.end());
+    return {v[v.size() / 2], v.front(), v.back(),
+            v[std::min(v.size() - 1, size_t(double(v.size()) * 0.99))]};
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QStringList>
+
+#include <vector>
 
 // Sub-commands that need a GUI application (the offscreen platform unless
 // another is set): they measure the table model and the grid.
@@ -14,3 +17,14 @@ int benchFind(const QStringList& args);
 int benchTransform(const QStringList& args);
 int benchRows(const QStringList& args);
 int benchSortView(const QStringList& args);
+
+// A timer's reading in seconds and in milliseconds.
+double seconds(const QElapsedTimer& timer);
+double milliseconds(const QElapsedTimer& timer);
+
+// Median and range of repeated timings (p99 for long series); zeros when
+// there are none.
+struct Spread {
+    double median = 0, min = 0, max = 0, p99 = 0;
+};
+Spread spread(std::vector<double> values);
