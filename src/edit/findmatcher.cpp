@@ -10,11 +10,6 @@ bool isAscii(const QString& text) {
 
 } // namespace
 
-const QString& FindMatcher::defaultWordSeparators() {
-    static const QString separators = QStringLiteral("`~!@#$%^&*()+=\t[]{}\\|;:'\",\n./?<> ");
-    return separators;
-}
-
 FindMatcher::FindMatcher(const FindReplaceQuery& query, const QString& word_separators)
     : query_(query), separators(word_separators) {
     for (QChar c : separators)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "data/tabledata.h"
 #include "edit/findreplacequery.h"
 
 #include <QByteArray>
@@ -19,7 +20,7 @@ public:
     using Span = std::pair<int, int>;
 
     explicit FindMatcher(const FindReplaceQuery& query,
-                         const QString& word_separators = defaultWordSeparators());
+                         const QString& word_separators = TableData::kDefaultWordSeparators);
 
     const FindReplaceQuery& query() const { return query_; }
     // False for a pattern that does not compile: it matches nothing.
@@ -37,8 +38,6 @@ public:
     // Empty when no such test applies (patterns, non-ASCII text without case).
     const QByteArray& prefilter() const { return prefilter_bytes; }
     bool foldsCase() const { return prefilter_folds; }
-
-    static const QString& defaultWordSeparators();
 
 private:
     FindReplaceQuery query_;

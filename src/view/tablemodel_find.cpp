@@ -122,8 +122,8 @@ void TableModel::updateFindMatches(int first_row, int last_row, int first_col, i
             for (int r = std::max(0, first_row); r <= std::min(last_row, rows - 1); ++r) {
                 if (!rowMayMatch(matcher, r)) continue;
                 for (int c = std::max(0, first_col); c <= std::min(last_col, cols - 1); ++c) {
-                    const QString text = cellText(r, c);
                     if (find_query.in_selected_cells && !isCellSelected(r, c)) continue;
+                    const QString text = cellText(r, c);
                     if (!matcher.findInText(text)) continue;
                     Range m(table_data.rawRowFromModel(r), table_data.rawColumnFromModel(c),
                             Range::Raw);
