@@ -501,16 +501,15 @@ void PaneView::clearPrevOptionList() {
 }
 
 void PaneView::closeLauncher() {
-    clearPrevOptionList();
-    if (launcher) {
-        Launcher* old = launcher;
-        launcher = nullptr;
-        disconnect(old, nullptr, this, nullptr);
-        old->close();
-        emit removeContextSignal(LauncherOpen);
-        emit launcherDestroyedSignal();
+    if (!launcher) {
+        clearPrevOptionList();
+        if (current_view) current_view->setFocus(Qt::OtherFocusReason);
+        return;
     }
-    if (current_view) current_view->setFocus(Qt::OtherFocusReason);
+    Launcher* old = launcher;
+    disconnect(old, nullptr, this, nullptr);
+    old->close();
+    onLauncherDestroyed(old);
 }
 
 void PaneView::onLauncherDestroyed(QObject* object) {
