@@ -3,6 +3,7 @@
 #include "commands/refreshbehavior.h"
 #include "data/dialect.h"
 #include "data/extensiondata.h"
+#include "edit/filterdata.h"
 #include "edit/findreplacequery.h"
 #include "view/context.h"
 #include "view/range.h"
@@ -406,6 +407,33 @@ public slots:
     void commandAppendCellContents();
     void commandTrimSelectedCells();
     void commandFillSelectedCellsWithUuidGuid();
+
+    // ---- Filters (mainwindow_filters.cpp) ----
+    void commandAddFilter();
+    void commandAddFilterWithRegularExpressions();
+    void commandViewEditFilters();
+    void commandFilterSelectedRow();
+    void commandFilterSelectedColumn();
+    void commandFilterSelectedRowWithRegularExpressions();
+    void commandFilterSelectedColumnWithRegularExpressions();
+    void commandFilterSelectedRowsWithSelectedCellContents();
+    void commandFilterSelectedColumnsWithSelectedCellContents();
+    void commandRemoveIndividualFilters();
+    void commandRemoveAllFilters();
+    void commandRefreshFilters();
+
+private:
+    // "Row 5" or "Column C", as the user sees the line now.
+    QString filterLineName(TableView* view, FilterLine line) const;
+    // The line an answer to "Column or Row to Filter:" names, raw; invalid
+    // when it names none.
+    FilterLine readFilterLine(TableView* view, const QString& text) const;
+    void highlightFilterLine(TableView* view, FilterLine line);
+    void clearFilterHighlight(TableView* view);
+    void promptForFilterLine(bool with_regex, const QString& preset);
+    void promptForFilterText(FilterLine line, bool with_regex);
+    void promptForFilterList(bool to_clear);
+    void filterMainCellLine(bool row, bool with_regex);
 
 private:
     // The current grid when it may be edited (a cell edit committed first).

@@ -140,6 +140,15 @@ public:
     // The same for one cell.
     bool rawCellMayContain(int raw_row, int raw_column, QByteArrayView needle,
                            bool fold_case) const;
+    // Which cells of one raw line pass `test`: for a line that moves rows
+    // (`rows_move`), the cells of raw column `index`, one per raw row, else
+    // those of raw row `index`. Entry i answers for position i; positions
+    // below `first` are not read and answer true. The editable store reads
+    // on two threads when cells decode without a codec, so `test` must be
+    // safe to call from two threads at once; a file on disk is read once in
+    // its own order. Empty while the table loads or reorders.
+    std::vector<char> matchLine(bool rows_move, int index, int first,
+                                const std::function<bool(const QString&)>& test) const;
     // Whether cells decode without shared state, so threads may read them.
     bool decodesWithoutCodec() const { return encoding == Utf8 || encoding == Iso8859_1; }
     int rawRowFromModel(int model_row, bool no_swap = false) const;

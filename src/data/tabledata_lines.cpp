@@ -5,19 +5,10 @@
 
 #include "editabledatacontainer.h"
 #include "indexmapping.h"
+#include "linetracking.h"
 
 #include <algorithm>
 #include <climits>
-
-namespace {
-
-// Shifts the hidden raw indexes at or above `raw` by `count`.
-void shiftHiddenForInsert(std::vector<int>& hidden, int raw, int count) {
-    for (int& h : hidden)
-        if (h >= raw) h += count;
-}
-
-} // namespace
 
 bool TableData::isRawCellEmpty(int raw_row, int raw_column) const {
     if (!container || reordering || raw_row < 0 || raw_column < 0) return true;
@@ -36,7 +27,7 @@ bool TableData::insertLines(bool stored_rows, int model_pos, int count) {
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
     const int raw = indexmapping::rawFromModel(hidden, model_pos);
-    shiftHiddenForInsert(hidden, raw, count);
+    linetracking::shiftForInsert(hidden, raw, count);
     if (raw >= num_raw) return true; // past the data: nothing is stored there
     const bool ok =
         stored_rows ? container->insertRows(raw, count) : container->insertColumns(raw, count);
@@ -88,20 +79,6 @@ std::vector<Run> rawRuns(const std::vector<int>& hidden, int model_pos, int coun
             runs.push_back({raw, 1});
     }
     return runs;
-}
-
-template <class Runs> void dropHiddenForRemoval(std::vector<int>& hidden, const Runs& runs) {
-    std::vector<int> kept;
-    kept.reserve(hidden.size());
-    size_t k = 0;
-    int removed_before = 0;
-    for (int h : hidden) {
-        while (k < runs.size() && runs[k].start + runs[k].length <= h)
-            removed_before += runs[k++].length;
-        if (k < runs.size() && h >= runs[k].start) continue; // inside a removed run
-        kept.push_back(h - removed_before);
-    }
-    hidden.swap(kept);
 }
 
 // The first position from p, stepping by step up to and including limit,
@@ -170,7 +147,7 @@ bool TableData::removeLines(bool stored_rows, int model_pos, int count) {
             return c - before;
         });
     }
-    dropHiddenForRemoval(hidden, runs);
+    linetracking::dropForRemoval(hidden, runs);
     num_raw = stored_rows ? container->rowCount() : container->columnCount();
     emitTableSize();
     return true;
@@ -231,18 +208,6 @@ int TableData::blockTarget(int raw_row, int raw_column, int direction) const {
 
 namespace {
 
-// Hidden positions past put-back runs (positions after the insertion,
-// ascending) move up by the lines put back at or below them.
-void shiftHiddenForRuns(std::vector<int>& hidden, const LineRuns& runs) {
-    int added = 0;
-    size_t k = 0;
-    for (int& h : hidden) {
-        while (k < runs.size() && runs[k].start <= h + added)
-            added += runs[k++].length;
-        h += added;
-    }
-}
-
 // Above this many lines a change drops the fill bits rather than walk them:
 // they are made again on the next block move that needs them.
 constexpr int kFillBitsWalkLimit = 65536;
@@ -253,7 +218,7 @@ bool TableData::insertRawLines(bool stored_rows, int raw, int count) {
     if (count < 1 || raw < 0 || !container || container_kind == ReadOnlyKind) return false;
     std::vector<int>& hidden = stored_rows ? hidden_rows : hidden_columns;
     int& num_raw = stored_rows ? num_raw_rows : num_raw_cols;
-    shiftHiddenForInsert(hidden, raw, count);
+    linetracking::shiftForInsert(hidden, raw, count);
     if (raw > num_raw) return false;
     const bool ok =
         stored_rows ? container->insertRows(raw, count) : container->insertColumns(raw, count);
@@ -318,7 +283,7 @@ RemovedLines TableData::takeLines(bool stored_rows, const LineRuns& asked) {
             return c - before;
         });
     }
-    dropHiddenForRemoval(stored_rows ? hidden_rows : hidden_columns, out.runs);
+    linetracking::dropForRemoval(stored_rows ? hidden_rows : hidden_columns, out.runs);
     num_raw = stored_rows ? editable->rowCount() : editable->columnCount();
     emitTableSize();
     return out;
@@ -336,7 +301,7 @@ bool TableData::restoreRawLines(const RemovedLines& lines) {
     if (lines.runs.empty() || !container || container_kind == ReadOnlyKind) return false;
     auto* editable = static_cast<EditableDataContainer*>(container.get());
     const bool stored_rows = lines.stored_rows;
-    shiftHiddenForRuns(stored_rows ? hidden_rows : hidden_columns, lines.runs);
+    linetracking::shiftForRuns(stored_rows ? hidden_rows : hidden_columns, lines.runs);
     const int total = lines.count();
     if (stored_rows) {
         editable->insertRowRuns(lines.runs, lines.cells, lines.stored_rows_before);

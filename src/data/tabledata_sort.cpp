@@ -3,6 +3,7 @@
 
 #include "editabledatacontainer.h"
 #include "fileparameters.h"
+#include "linetracking.h"
 #include "readonlydatacontainer.h"
 #include "sortkeys.h"
 #include "tabledata.h"
@@ -34,32 +35,6 @@ std::vector<int> destinations(const std::vector<int>& order) {
     for (size_t i = 0; i < order.size(); ++i)
         to[size_t(order[i])] = int(i);
     return to;
-}
-
-// The hidden indexes where their lines went.
-void remapHidden(std::vector<int>& hidden, const std::vector<int>& order, bool inverse) {
-    if (hidden.empty()) return;
-    const int n = int(order.size());
-    std::vector<int> moved;
-    moved.reserve(hidden.size());
-    if (inverse) {
-        for (const int h : hidden)
-            moved.push_back(h < n ? order[size_t(h)] : h);
-    } else {
-        // One pass over the order instead of a full inverse: hidden lists
-        // are short next to the table.
-        std::vector<bool> was_hidden(size_t(n), false);
-        for (const int h : hidden) {
-            if (h < n)
-                was_hidden[size_t(h)] = true;
-            else
-                moved.push_back(h);
-        }
-        for (int i = 0; i < n; ++i)
-            if (was_hidden[size_t(order[size_t(i)])]) moved.push_back(i);
-    }
-    std::sort(moved.begin(), moved.end());
-    hidden.swap(moved);
 }
 
 } // namespace
@@ -141,7 +116,7 @@ bool TableData::reorderLines(bool stored_rows, const std::vector<int>& order, bo
                              bool asynchronous) {
     const int n = int(order.size());
     if (n != (stored_rows ? num_raw_rows : num_raw_cols) || !isPermutation(order)) return false;
-    remapHidden(stored_rows ? hidden_rows : hidden_columns, order, inverse);
+    linetracking::remap(stored_rows ? hidden_rows : hidden_columns, order, inverse);
 
     if (container_kind == ReadOnlyKind) {
         // The map says which file line each position shows; the new one is

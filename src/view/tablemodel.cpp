@@ -427,6 +427,11 @@ void TableModel::load(const QString& filepath, bool asynchronous) {
     col_sort = SortRecord();
     emit refreshHeadersSignal();
     filters.clear();
+    user_hidden_rows.clear();
+    user_hidden_cols.clear();
+    filtered_rows.clear();
+    filtered_cols.clear();
+    emit removeContextSignal(FiltersPresent);
     file_.setFileName(filepath);
     table_data.setLineEnding(line_ending);
     table_data.setExtension(extension_);

@@ -20,6 +20,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -281,12 +282,38 @@ public:
     // selected columns (groupByRow), or each column with its rows.
     std::map<int, std::vector<int>> groupByRow(const RangeVector& ranges) const;
     std::map<int, std::vector<int>> groupByColumn(const RangeVector& ranges) const;
-    // The user's hidden lines, raw and ascending, and their setters, which
-    // show the table with the new list at once.
+    // Every hidden line, raw and ascending: those the user hid and those
+    // the filters leave out.
     std::vector<int> rawHiddenRows() const;
     std::vector<int> rawHiddenCols() const;
+    // The lines the user hid, and their setters, which show the table with
+    // the new list (and the filters) at once.
+    std::vector<int> userHiddenRows() const;
+    std::vector<int> userHiddenCols() const;
     void setHiddenRows(std::vector<int> raw_rows);
     void setHiddenCols(std::vector<int> raw_cols);
+
+    // ---- Filters (tablemodel_filters.cpp) ----
+    // Stores the lists and hides every line a filter leaves out, with the
+    // lines the user hid. Header lines are never left out.
+    void applyFiltersAndHiddenData(std::vector<FilterData> new_filters,
+                                   std::vector<int> hidden_rows, std::vector<int> hidden_cols);
+    void applyFilters(std::vector<FilterData> new_filters);
+    // The list as it is, nothing re-applied: lines stay hidden or shown.
+    void setFilterList(std::vector<FilterData> new_filters);
+    // Adds to each filter the visible lines it does not match, so that a
+    // later application keeps them in view; returns them as ranges.
+    RangeVector collectFilterExceptions();
+    // Everything that says which lines are hidden, for a step that takes
+    // hidden lines out and must put the view back as it was.
+    struct HiddenState {
+        std::vector<int> hidden_rows, hidden_cols;           // all hidden, raw
+        std::vector<int> user_hidden_rows, user_hidden_cols; // those the user hid
+        std::vector<int> filtered_rows, filtered_cols;       // those the filters left out
+        std::vector<FilterData> filters;
+    };
+    HiddenState hiddenState() const;
+    void restoreHiddenState(const HiddenState& state);
     // Raw data lines (header lines excluded) empty in every cell, or with
     // `based_on_selected` in the cells of the selected columns (rows).
     std::vector<int> emptyRows(bool based_on_selected) const;
@@ -455,6 +482,17 @@ private:
     RemovedLines takeRawLines(bool rows, const LineRuns& runs);
     bool rotateModelLines(bool rows, int first, int middle, int last);
     void updateHiddenContext();
+    // Raw indexes the model keeps (the user's hidden lines, the filters'
+    // lines and exceptions) moved as `move` moves the lines of one axis.
+    void trackLines(bool rows, const std::function<void(std::vector<int>&)>& move);
+    void trackRemoval(bool rows, const LineRuns& runs);
+    void trackRestore(bool rows, const LineRuns& runs);
+    void trackRotation(bool rows, int first, int middle, int last);
+    // The raw lines one filter leaves out.
+    std::vector<int> filterExclusions(const FilterData& filter) const;
+    void setContainerHidden(std::vector<int> rows, std::vector<int> cols);
+    void showUserAndFiltered();
+    void forgetFiltered();
     void refreshThemeCaches();
     static qint64 estimateRowCount(const QString& filepath);
     void growDuringLoad(int curr_num_reports, int num_total_reports);
@@ -524,6 +562,16 @@ private:
     SortRecord row_sort;
     SortRecord col_sort;
     std::vector<FilterData> filters;
+    // The lines the user hid, kept apart from those the filters leave out.
+    std::vector<int> user_hidden_rows;
+    std::vector<int> user_hidden_cols;
+    // The lines the filters left out at their last application.
+    std::vector<int> filtered_rows;
+    std::vector<int> filtered_cols;
+    // A line change took a filter's own line: the lines it left out are
+    // shown again once the change is over.
+    bool filters_lost_line = false;
+    bool keep_filter_lines = false;
     int header_font_point_size = 10;
     std::unique_ptr<QMutex> mutex;
     std::unique_ptr<QWaitCondition> wait_condition;

@@ -4,6 +4,8 @@
 
 #include "tablemodel.h"
 
+#include "data/linetracking.h"
+
 #include <algorithm>
 #include <climits>
 #include <functional>
@@ -129,43 +131,12 @@ std::vector<int> TableModel::rawHiddenCols() const {
     return table_data.isTransposed() ? table_data.hiddenRows() : table_data.hiddenColumns();
 }
 
-namespace {
-
-// A hidden list as the data keeps it: ascending, once each, inside the data.
-std::vector<int> cleanHidden(std::vector<int> lines, int size) {
-    sortUnique(lines);
-    lines.erase(std::lower_bound(lines.begin(), lines.end(), size), lines.end());
-    lines.erase(lines.begin(), std::lower_bound(lines.begin(), lines.end(), 0));
-    return lines;
-}
-
-} // namespace
-
-// The user's hiding is the only source of hidden lines today. When filters
-// come, their excluded lines merge with these lists right here, before the
-// data takes them.
-void TableModel::setHiddenRows(std::vector<int> raw_rows) {
-    beginLineChange();
-    raw_rows = cleanHidden(std::move(raw_rows), table_data.numRawRows());
-    if (table_data.isTransposed())
-        table_data.setHiddenColumns(std::move(raw_rows));
-    else
-        table_data.setHiddenRows(std::move(raw_rows));
-    endLineChange();
-}
-
-void TableModel::setHiddenCols(std::vector<int> raw_cols) {
-    beginLineChange();
-    raw_cols = cleanHidden(std::move(raw_cols), table_data.numRawColumns());
-    if (table_data.isTransposed())
-        table_data.setHiddenRows(std::move(raw_cols));
-    else
-        table_data.setHiddenColumns(std::move(raw_cols));
-    endLineChange();
-}
-
 void TableModel::updateHiddenContext() {
-    if (table_data.numHiddenRows() == 0 && table_data.numHiddenColumns() == 0) {
+    if (filters.empty())
+        emit removeContextSignal(FiltersPresent);
+    else
+        emit addContextSignal(FiltersPresent);
+    if (userHiddenRows().empty() && userHiddenCols().empty()) {
         emit removeContextSignal(HiddenPresent);
     } else {
         emit addContextSignal(HiddenPresent);
@@ -262,6 +233,12 @@ void TableModel::afterLineChange() {
     enforceTableSize();
     updateHiddenContext();
     emit refreshHeadersSignal();
+    if (filters_lost_line) {
+        filters_lost_line = false;
+        // The lists as kept: with the last filter gone, the data's hidden
+        // list still holds what it left out.
+        applyFiltersAndHiddenData(filters, user_hidden_rows, user_hidden_cols);
+    }
 }
 
 // A change of one run of shown lines tells the grid exactly where lines
@@ -290,6 +267,10 @@ bool TableModel::insertRawLines(bool rows, int raw, int count) {
     else
         beginInsertColumns({}, model_at, model_at + n - 1);
     const bool ok = rows ? table_data.insertRawRows(at, n) : table_data.insertRawColumns(at, n);
+    // Lines added at the end take the places of lines past the data, where
+    // a filter may stand: it stays on its place, as it does when they go.
+    if (raw < size)
+        trackLines(rows, [at, n](std::vector<int>& l) { linetracking::shiftForInsert(l, at, n); });
     (rows ? num_model_rows : num_model_cols) += n;
     if (rows)
         endInsertRows();
@@ -311,6 +292,7 @@ RemovedLines TableModel::takeRawLines(bool rows, const LineRuns& runs) {
         else
             beginRemoveColumns({}, model_at, model_at + len - 1);
         RemovedLines taken = rows ? table_data.takeRawRows(runs) : table_data.takeRawColumns(runs);
+        trackRemoval(rows, taken.runs);
         (rows ? num_model_rows : num_model_cols) -= len;
         if (rows)
             endRemoveRows();
@@ -321,6 +303,7 @@ RemovedLines TableModel::takeRawLines(bool rows, const LineRuns& runs) {
     }
     beginLineChange();
     RemovedLines taken = rows ? table_data.takeRawRows(runs) : table_data.takeRawColumns(runs);
+    trackRemoval(rows, taken.runs);
     endLineChange();
     return taken;
 }
@@ -355,6 +338,7 @@ void TableModel::restoreRawLines(const RemovedLines& lines) {
         else
             beginInsertColumns({}, model_at, model_at + run.length - 1);
         table_data.restoreRawLines(lines);
+        trackRestore(rows, lines.runs);
         (rows ? num_model_rows : num_model_cols) += run.length;
         if (rows)
             endInsertRows();
@@ -365,20 +349,30 @@ void TableModel::restoreRawLines(const RemovedLines& lines) {
     }
     beginLineChange();
     table_data.restoreRawLines(lines);
+    trackRestore(rows, lines.runs);
     endLineChange();
 }
 
+// Growth taken back: nothing below moves, and a filter on a line past the
+// new end keeps its line (it filters empty cells there, as before).
 void TableModel::truncateRawRows(int count) {
     const int rows = table_data.numRawRows();
-    if (rows > count) takeRawRows({{count, rows - count}});
+    if (rows <= count) return;
+    keep_filter_lines = true;
+    takeRawRows({{count, rows - count}});
+    keep_filter_lines = false;
 }
 
 void TableModel::truncateRawCols(int count) {
     const int cols = table_data.numRawColumns();
-    if (cols > count) takeRawCols({{count, cols - count}});
+    if (cols <= count) return;
+    keep_filter_lines = true;
+    takeRawCols({{count, cols - count}});
+    keep_filter_lines = false;
 }
 
 bool TableModel::rotateModelLines(bool rows, int first, int middle, int last) {
+    trackRotation(rows, first, middle, last);
     const int visible = rows ? table_data.numModelRows() : table_data.numModelColumns();
     if (last > visible) {
         // Reaching past the data grows the table: a new layout.
@@ -410,6 +404,12 @@ bool TableModel::rotateModelCols(int first, int middle, int last) {
 void TableModel::transpose() {
     beginResetModel();
     table_data.setTransposed(!table_data.isTransposed());
+    // What was kept by row is now kept by column.
+    std::swap(user_hidden_rows, user_hidden_cols);
+    for (FilterData& f : filters) {
+        std::swap(f.range.row, f.range.col);
+        f.range.kind = f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;
+    }
     std::swap(num_model_rows, num_model_cols);
     std::swap(main_cell.row, main_cell.col);
     endResetModel();

@@ -4,6 +4,8 @@
 #include "tablemodel.h"
 #include "tablemodelworker.h"
 
+#include "data/linetracking.h"
+
 #include <QEventLoop>
 
 #include <algorithm>
@@ -70,12 +72,14 @@ int TableModel::firstSortedLine(int axis) const {
 }
 
 bool TableModel::applyLineOrder(bool rows, const std::vector<int>& permutation, bool inverse) {
-    // Hidden lines are raw indexes; TableData moves them with their data.
-    // Filters hold raw indexes too (their rows and exceptions): once the
-    // table has them, they are remapped here and re-applied after.
+    // Hidden lines are raw indexes; TableData moves them with their data,
+    // and the model's own raw indexes (filters, the user's hiding) follow.
     const bool ok = rows ? table_data.applyRowOrder(permutation, inverse, true)
                          : table_data.applyColumnOrder(permutation, inverse);
     if (!ok) return false;
+    trackLines(rows, [&permutation, inverse](std::vector<int>& l) {
+        linetracking::remap(l, permutation, inverse);
+    });
     last_data_row = table_data.numModelRows() - 1;
     last_data_col = table_data.numModelColumns() - 1;
     if (num_model_rows > 0 && num_model_cols > 0)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/dialect.h"
+#include "edit/filterdata.h"
 #include "edit/findreplacequery.h"
 #include "edit/numbertransforms.h"
 #include "edit/uuidtext.h"
@@ -211,6 +212,20 @@ public:
     // Each selected row (horizontally) or column of cells in itself: one
     // undo step.
     void sortSelectedCells(bool horizontally, int order);
+
+    // ---- Filters (tableview_filters.cpp) ----
+    // Each new filter replaces the one on its line (its exceptions cleared)
+    // or joins the list; one undo step for all.
+    void addFilters(const std::vector<FilterData>& new_filters);
+    void addFilter(const FilterData& filter);
+    void removeFilter(FilterLine line);
+    void removeAllFilters();
+    // Applies the filters again from scratch: lines edited out of their
+    // filter's match leave the view, undoably.
+    void refreshFilters();
+    // One filter per selected row (`rows`) or column, whose alternatives are
+    // the selected cells' texts, matched whole and in any case.
+    void filterSelectedWithCellContents(bool rows);
 
     // The width auto-fit gives a column: five measured strings at most,
     // from at most 100 + eval_precision sampled rows.

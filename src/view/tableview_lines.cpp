@@ -276,7 +276,7 @@ std::vector<int> selectedRaw(const TableModel& m, bool rows) {
 
 void TableView::hideSelected(bool rows) {
     const TableModel& m = *table_model;
-    applyHidden(rows, merged(rows ? m.rawHiddenRows() : m.rawHiddenCols(), selectedRaw(m, rows)));
+    applyHidden(rows, merged(rows ? m.userHiddenRows() : m.userHiddenCols(), selectedRaw(m, rows)));
 }
 
 void TableView::hideAllButSelected(bool rows) {
@@ -288,12 +288,12 @@ void TableView::hideAllButSelected(bool rows) {
     for (int i = std::max(first, 0); i < size; ++i)
         all.push_back(i);
     applyHidden(rows, merged(without(std::move(all), selectedRaw(m, rows)),
-                             rows ? m.rawHiddenRows() : m.rawHiddenCols()));
+                             rows ? m.userHiddenRows() : m.userHiddenCols()));
 }
 
 void TableView::hideEmpty(bool rows) {
     const TableModel& m = *table_model;
-    applyHidden(rows, merged(rows ? m.rawHiddenRows() : m.rawHiddenCols(),
+    applyHidden(rows, merged(rows ? m.userHiddenRows() : m.userHiddenCols(),
                              rows ? m.emptyRows(false) : m.emptyCols(false)));
 }
 
@@ -309,7 +309,7 @@ void TableView::showHiddenInSelection(bool rows) {
     if (lines.empty()) return;
     const int first = rows ? d.rawRowFromModel(lines.front()) : d.rawColumnFromModel(lines.front());
     const int last = rows ? d.rawRowFromModel(lines.back()) : d.rawColumnFromModel(lines.back());
-    std::vector<int> hidden = rows ? m.rawHiddenRows() : m.rawHiddenCols();
+    std::vector<int> hidden = rows ? m.userHiddenRows() : m.userHiddenCols();
     hidden.erase(std::remove_if(hidden.begin(), hidden.end(),
                                 [first, last](int h) { return h >= first && h <= last; }),
                  hidden.end());
@@ -318,7 +318,7 @@ void TableView::showHiddenInSelection(bool rows) {
 
 void TableView::showEmpty(bool rows) {
     const TableModel& m = *table_model;
-    applyHidden(rows, without(rows ? m.rawHiddenRows() : m.rawHiddenCols(),
+    applyHidden(rows, without(rows ? m.userHiddenRows() : m.userHiddenCols(),
                               rows ? m.emptyRows(false) : m.emptyCols(false)));
 }
 

@@ -42,7 +42,7 @@ class TestLines : public QObject {
 private slots:
     void initTestCase() { QVERIFY(files.isValid()); }
 
-    // Random sequences of the commands and of hiding on random tables: undo
+    // Random sequences of the commands, of hiding and of filters on random tables: undo
     // of all gives back the file's bytes and hidden lines, redo of all the
     // bytes the sequence made.
     void undoAllRestoresEveryByte_data() {
@@ -114,7 +114,7 @@ private slots:
             const int depth = view->undoStack()->count();
             randomSelection();
             const bool on_rows = pick(2);
-            const int op = pick(20);
+            const int op = pick(22);
             done << QString::number(op) + (on_rows ? "r" : "c");
             switch (op) {
             case 0:
@@ -181,6 +181,17 @@ private slots:
             case 18:
                 view->showAllHidden(on_rows);
                 break;
+            case 19: {
+                const char* const kFilters[] = {"a", "!a", "*", "", "#a|1", "<5"};
+                const int index = pick(on_rows ? rows + 2 : cols + 2);
+                FilterData f(on_rows ? FilterLine::forRow(index) : FilterLine::forColumn(index),
+                             kFilters[pick(6)]);
+                view->addFilter(f);
+                break;
+            }
+            case 20:
+                pick(2) ? view->removeAllFilters() : view->refreshFilters();
+                break;
             default:
                 view->hideSelected(!on_rows);
                 break;
@@ -196,17 +207,20 @@ private slots:
         }
         const QByteArray edited = saved(*view);
         const std::vector<int> edited_rows = m.rawHiddenRows(), edited_cols = m.rawHiddenCols();
+        const std::vector<FilterData> edited_filters = m.filterList();
         while (view->undoStack()->canUndo())
             view->commandUndo();
         QVERIFY2(saved(*view) == before, qPrintable(done.join(' ')));
-        QCOMPARE(m.rawHiddenRows(), hidden_rows);
-        QCOMPARE(m.rawHiddenCols(), hidden_cols);
+        QVERIFY2(m.rawHiddenRows() == hidden_rows && m.rawHiddenCols() == hidden_cols,
+                 qPrintable(done.join(' ')));
+        QVERIFY(m.filterList().empty());
         QVERIFY(!m.tableData().isTransposed());
         while (view->undoStack()->canRedo())
             view->commandRedo();
         QVERIFY2(saved(*view) == edited, qPrintable(done.join(' ')));
-        QCOMPARE(m.rawHiddenRows(), edited_rows);
-        QCOMPARE(m.rawHiddenCols(), edited_cols);
+        QVERIFY2(m.rawHiddenRows() == edited_rows && m.rawHiddenCols() == edited_cols,
+                 qPrintable(done.join(' ')));
+        QVERIFY2(m.filterList() == edited_filters, qPrintable(done.join(' ')));
     }
 
     // With lines hidden across both axes, each command leaves the right

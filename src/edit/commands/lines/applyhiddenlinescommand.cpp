@@ -7,7 +7,7 @@ ApplyHiddenLinesCommand::ApplyHiddenLinesCommand(TableModel* m, RangeVector sel,
     : TableUndoCommand(m, std::move(sel), false, parent), new_hidden(std::move(hidden)),
       rows(rows_axis) {
     setText(QString::fromLatin1(rows ? "ApplyHiddenRowsCommand" : "ApplyHiddenColsCommand"));
-    old_hidden = rows ? model->rawHiddenRows() : model->rawHiddenCols();
+    old_hidden = rows ? model->userHiddenRows() : model->userHiddenCols();
     const int size = rows ? model->tableData().numRawRows() : model->tableData().numRawColumns();
     std::sort(new_hidden.begin(), new_hidden.end());
     new_hidden.erase(std::unique(new_hidden.begin(), new_hidden.end()), new_hidden.end());

@@ -45,6 +45,7 @@ InsertLinesCommand::InsertLinesCommand(TableModel* m, RangeVector selection, boo
 }
 
 void InsertLinesCommand::redo() {
+    keepHidden();
     raw_before = numRaw();
     stored_mark = model->tableData().storedRowMark();
     // Last first, so that each position still means what it meant.
@@ -65,7 +66,6 @@ void InsertLinesCommand::redo() {
         emit model->dataChanged(model->index(0, 0),
                                 model->index(model->rowCount() - 1, model->columnCount() - 1));
     }
-    // The filter list, once there is one, shifts here with the lines.
     // The new lines are selected, the main cell on the first of them.
     RangeVector added;
     int before_it = 0;
@@ -90,5 +90,6 @@ void InsertLinesCommand::undo() {
     truncateRaw(raw_before);
     model->tableData().restoreStoredRowMark(stored_mark);
     model->setSelectedRanges(undo_selection, true);
+    restoreHidden();
     finishUndo();
 }

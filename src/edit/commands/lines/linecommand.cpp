@@ -126,11 +126,9 @@ void LineCommand::finishUndo() {
 }
 
 void LineCommand::keepHidden() {
-    kept_hidden_rows = model->rawHiddenRows();
-    kept_hidden_cols = model->rawHiddenCols();
+    kept_hidden = model->hiddenState();
 }
 
 void LineCommand::restoreHidden() {
-    if (kept_hidden_rows != model->rawHiddenRows()) model->setHiddenRows(kept_hidden_rows);
-    if (kept_hidden_cols != model->rawHiddenCols()) model->setHiddenCols(kept_hidden_cols);
+    model->restoreHiddenState(kept_hidden);
 }

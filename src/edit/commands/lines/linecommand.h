@@ -8,10 +8,10 @@
 // the model's line changes for that axis, and the common ends of redo and
 // undo. The row form of each is told; the column form swaps the axes.
 //
-// Filters do not exist yet. When they do, each of these keeps the filter
-// list from before and, right after its line change in redo (the places
-// are marked), shifts the list's lines as the hidden lines are shifted;
-// undo puts the kept list back.
+// The model moves the raw indexes it keeps (filters, hidden lines) with
+// every line change. Each step still keeps them whole before its redo and
+// puts them back after its undo: lines put back come back shown, a filter
+// on a removed line is gone, and growth past the data moves nothing.
 class LineCommand : public TableUndoCommand {
 public:
     bool rowsAxis() const { return rows; }
@@ -46,14 +46,12 @@ protected:
     void finishUndo();
     void fitLinesNearMain();
 
-    // The hidden lists, for a step that may take hidden lines out: putting
-    // lines back does not hide them again.
+    // The hidden lists and filters as they were before the redo.
     void keepHidden();
     void restoreHidden();
 
     bool rows;
 
 private:
-    std::vector<int> kept_hidden_rows;
-    std::vector<int> kept_hidden_cols;
+    TableModel::HiddenState kept_hidden;
 };

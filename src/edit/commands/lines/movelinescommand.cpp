@@ -69,11 +69,11 @@ void MoveLinesCommand::initAbsolute(int to) {
 }
 
 void MoveLinesCommand::redo() {
+    keepHidden();
     raw_before = numRaw();
     stored_mark = model->tableData().storedRowMark();
     for (const auto& r : rotations)
         rotate(r[0], r[1], r[2]);
-    // The filter list, once there is one, shifts here with the lines.
     model->setSelection(moved_selection, true);
     if (rows)
         emit model->scrollToRowSignal(offset < 0 ? TableModel::selectionMinRow(moved_selection)
@@ -94,5 +94,6 @@ void MoveLinesCommand::undo() {
     truncateRaw(raw_before);
     model->tableData().restoreStoredRowMark(stored_mark);
     model->setSelectedRanges(undo_selection, true);
+    restoreHidden();
     finishUndo();
 }

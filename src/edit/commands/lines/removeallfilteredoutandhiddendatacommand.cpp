@@ -4,7 +4,7 @@ RemoveAllFilteredOutAndHiddenDataCommand::RemoveAllFilteredOutAndHiddenDataComma
     TableModel* m, RangeVector selection, QUndoCommand* parent)
     : LineCommand(m, std::move(selection), true, parent) {
     setText(QStringLiteral("RemoveAllFilteredOutAndHiddenDataCommand"));
-    // The lines filters exclude will join these when filters exist.
+    // Every hidden line: those the filters leave out and those the user hid.
     hidden_rows = model->rawHiddenRows();
     hidden_cols = model->rawHiddenCols();
     is_valid = !hidden_rows.empty() || !hidden_cols.empty();
@@ -12,10 +12,9 @@ RemoveAllFilteredOutAndHiddenDataCommand::RemoveAllFilteredOutAndHiddenDataComma
 
 void RemoveAllFilteredOutAndHiddenDataCommand::redo() {
     keepHidden();
-    // Shown first, so that the lines leave as plain lines; the filter list
-    // would be cleared here too.
-    model->setHiddenRows({});
-    model->setHiddenCols({});
+    // Shown first, so that the lines leave as plain lines, and no filter
+    // is left to hide anything.
+    model->applyFiltersAndHiddenData({}, {}, {});
     removed_rows = model->takeRawRows(runsOf(hidden_rows));
     removed_cols = model->takeRawCols(runsOf(hidden_cols));
     model->selectSingleCell(Range(0, 0, Range::Model));

@@ -31,7 +31,6 @@ void RemoveLinesCommand::setLines(std::vector<int> raw_lines) {
 void RemoveLinesCommand::redo() {
     keepHidden();
     removed_data = takeRaw(spans);
-    // The filter list, once there is one, shifts here with the lines.
     // The main cell stays where it was, pulled back inside the table.
     Range main = model->mainCell();
     int& along = rows ? main.row : main.col;

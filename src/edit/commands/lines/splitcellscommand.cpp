@@ -70,6 +70,7 @@ SplitCellsCommand::SplitCellsCommand(TableModel* m, RangeVector selection, bool 
 }
 
 void SplitCellsCommand::redo() {
+    keepHidden();
     raw_before = numRaw();
     stored_mark = model->tableData().storedRowMark();
     // Last first, so that each position still means what it meant.
@@ -114,7 +115,6 @@ void SplitCellsCommand::redo() {
     model->writeRanges(writes, false);
     emit model->dataChanged(model->index(0, 0),
                             model->index(model->rowCount() - 1, model->columnCount() - 1));
-    // The filter list, once there is one, shifts here with the lines.
     model->setSelection(after_selection, true);
     finishRedo();
 }
@@ -136,5 +136,6 @@ void SplitCellsCommand::undo() {
     emit model->dataChanged(model->index(0, 0),
                             model->index(model->rowCount() - 1, model->columnCount() - 1));
     model->setSelectedRanges(undo_selection, true);
+    restoreHidden();
     finishUndo();
 }

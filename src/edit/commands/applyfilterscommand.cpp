@@ -1,0 +1,65 @@
+#include "applyfilterscommand.h"
+
+#include <algorithm>
+
+ApplyFiltersCommand::ApplyFiltersCommand(TableModel* m, RangeVector sel,
+                                         std::vector<FilterData> after,
+                                         std::vector<FilterData> before, QUndoCommand* parent)
+    : TableUndoCommand(m, std::move(sel), false, parent), filters_after(std::move(after)),
+      filters_before(std::move(before)) {
+    setText(QStringLiteral("ApplyFiltersCommand"));
+    selection = model->toRawSelection(cells);
+    for (const std::vector<FilterData>* list : {&filters_after, &filters_before})
+        for (const FilterData& f : *list) {
+            if (f.range.kind == FilterLine::kRow) filter_rows.push_back(f.range.row);
+            if (f.range.kind == FilterLine::kColumn) filter_cols.push_back(f.range.col);
+        }
+    for (std::vector<int>* lines : {&filter_rows, &filter_cols}) {
+        std::sort(lines->begin(), lines->end());
+        lines->erase(std::unique(lines->begin(), lines->end()), lines->end());
+    }
+    // A list equal to the present one, exceptions and all, changes nothing.
+    auto same = [](const FilterData& a, const FilterData& b) {
+        return a == b && a.exceptions == b.exceptions;
+    };
+    is_valid = !std::equal(filters_after.begin(), filters_after.end(), filters_before.begin(),
+                           filters_before.end(), same);
+}
+
+void ApplyFiltersCommand::showSelection(const RangeVector& raw_selection) {
+    // Members on lines now hidden drop; with none left the top left cell.
+    model->setSelectedRanges(raw_selection, true);
+    emit model->scrollToMainCellSignal(true, false);
+    emit model->refreshHeadersSignal();
+}
+
+void ApplyFiltersCommand::redo() {
+    model->applyFilters(filters_after);
+    showSelection(selection);
+    model->setColSort({2, 1, -1});
+    model->setRowSort({2, 0, -1});
+    emit model->updateFindReplaceMatchesSignal();
+}
+
+void ApplyFiltersCommand::undo() {
+    // Lines in view now stay in view when the old list comes back. Only
+    // filters the old list has too are asked: the others are dropped anyway.
+    std::vector<FilterData> before = filters_before;
+    if (!before.empty()) model->collectFilterExceptions();
+    for (FilterData& f : before)
+        for (const FilterData& now : model->filterList())
+            if (now.range == f.range) {
+                f.exceptions.insert(f.exceptions.end(), now.exceptions.begin(),
+                                    now.exceptions.end());
+                std::sort(f.exceptions.begin(), f.exceptions.end());
+                f.exceptions.erase(std::unique(f.exceptions.begin(), f.exceptions.end()),
+                                   f.exceptions.end());
+            }
+    model->applyFilters(std::move(before));
+    showSelection(selection);
+    model->setColSort(col_sort_state.record());
+    emit model->refreshHeadersSignal();
+    model->setRowSort(row_sort_state.record());
+    emit model->refreshHeadersSignal();
+    emit model->updateFindReplaceMatchesSignal();
+}

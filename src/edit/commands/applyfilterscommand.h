@@ -1,0 +1,29 @@
+#pragma once
+
+#include "edit/commands/tableundocommand.h"
+#include "edit/filterdata.h"
+
+#include <vector>
+
+// Replaces a table's filter list and shows what the new list leaves in view.
+// Lines are hidden, never removed, so the step holds only the two lists and
+// the selection, raw so that it comes back at the same data.
+class ApplyFiltersCommand : public TableUndoCommand {
+public:
+    ApplyFiltersCommand(TableModel* model, RangeVector selection,
+                        std::vector<FilterData> filters_after,
+                        std::vector<FilterData> filters_before, QUndoCommand* parent = nullptr);
+
+    void redo() override;
+    void undo() override;
+
+    std::vector<FilterData> filters_after;
+    std::vector<FilterData> filters_before;
+    // The raw rows and columns that are filter lines, in either list.
+    std::vector<int> filter_rows;
+    std::vector<int> filter_cols;
+    RangeVector selection; // raw
+
+private:
+    void showSelection(const RangeVector& raw_selection);
+};
