@@ -10,7 +10,8 @@ bool isGuiCommand(const char* command) {
     return std::strcmp(command, "model") == 0 || std::strcmp(command, "view") == 0 ||
            std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
            std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0 ||
-           std::strcmp(command, "rows") == 0 || std::strcmp(command, "sortview") == 0;
+           std::strcmp(command, "rows") == 0 || std::strcmp(command, "sortview") == 0 ||
+           std::strcmp(command, "filter") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -26,6 +27,7 @@ int benchGui(int argc, char** argv) {
     if (command == "transform") return benchTransform(args);
     if (command == "rows") return benchRows(args);
     if (command == "sortview") return benchSortView(args);
+    if (command == "filter") return benchFilter(args);
     return 2;
 }
 

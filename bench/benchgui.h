@@ -17,6 +17,7 @@ int benchFind(const QStringList& args);
 int benchTransform(const QStringList& args);
 int benchRows(const QStringList& args);
 int benchSortView(const QStringList& args);
+int benchFilter(const QStringList& args);
 
 // A timer's reading in seconds and in milliseconds.
 double seconds(const QElapsedTimer& timer);

@@ -1,10 +1,41 @@
 #include "edit/filterterm.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <optional>
 
 namespace {
+
+// QString::toDouble for the texts a column of numbers holds, without its
+// locale machinery: a plain decimal ("-12.5", "3e4", "+.5"), spaces around
+// allowed. Anything else, and any number out of range, goes to toDouble, so
+// the result is always what toDouble says.
+double readDouble(const QString& text, bool* ok) {
+    QStringView v = QStringView(text).trimmed();
+    char buf[64];
+    qsizetype n = 0;
+    bool plain = v.size() > 0 && v.size() < qsizetype(sizeof buf);
+    for (qsizetype i = 0; plain && i < v.size(); ++i) {
+        const char16_t c = v[i].unicode();
+        plain = (c >= '0' && c <= '9') || c == '.' || c == 'e' || c == 'E' || c == '-' ||
+                c == '+';
+        buf[n++] = char(c);
+    }
+    if (plain) {
+        // from_chars takes no leading "+"; one before a digit or point is fine.
+        const char* begin = buf;
+        if (buf[0] == '+' && n > 1 && (buf[1] == '.' || (buf[1] >= '0' && buf[1] <= '9')))
+            ++begin;
+        double value = 0;
+        const auto [end, error] = std::from_chars(begin, buf + n, value);
+        if (error == std::errc() && end == buf + n) {
+            *ok = true;
+            return value;
+        }
+    }
+    return text.toDouble(ok);
+}
 
 // Exponents are clamped to this: no comparison between two numbers beyond it
 // can be told apart by a user anyway. Clamping the result, not the exponent
@@ -170,15 +201,15 @@ int compareBigNumbers(const QString& a, const QString& b) {
 bool compareNumberToTerm(const QString& cell_text, const FilterTerm& term) {
     if (term.comparison == FilterTerm::Text || term.comparison > FilterTerm::Between) return false;
     bool ok = false;
-    const double value = cell_text.toDouble(&ok);
+    const double value = readDouble(cell_text, &ok);
     // toDouble reads "nan", which orders against nothing.
     if (!ok || std::isnan(value)) return false;
 
     const bool between = term.comparison == FilterTerm::Between;
     bool ok1 = false;
     bool ok2 = true;
-    const double bound1 = term.text1.toDouble(&ok1);
-    const double bound2 = between ? term.text2.toDouble(&ok2) : 0.0;
+    const double bound1 = readDouble(term.text1, &ok1);
+    const double bound2 = between ? readDouble(term.text2, &ok2) : 0.0;
     int relation1 = 0;
     int relation2 = 0;
     // A bound beyond the double range ("1e999") also takes the exact path.
