@@ -11,7 +11,7 @@ bool isGuiCommand(const char* command) {
            std::strcmp(command, "type") == 0 || std::strcmp(command, "launcher") == 0 ||
            std::strcmp(command, "find") == 0 || std::strcmp(command, "transform") == 0 ||
            std::strcmp(command, "rows") == 0 || std::strcmp(command, "sortview") == 0 ||
-           std::strcmp(command, "filter") == 0;
+           std::strcmp(command, "filter") == 0 || std::strcmp(command, "lookup") == 0;
 }
 
 int benchGui(int argc, char** argv) {
@@ -28,6 +28,7 @@ int benchGui(int argc, char** argv) {
     if (command == "rows") return benchRows(args);
     if (command == "sortview") return benchSortView(args);
     if (command == "filter") return benchFilter(args);
+    if (command == "lookup") return benchLookup(args);
     return 2;
 }
 

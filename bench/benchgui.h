@@ -18,6 +18,7 @@ int benchTransform(const QStringList& args);
 int benchRows(const QStringList& args);
 int benchSortView(const QStringList& args);
 int benchFilter(const QStringList& args);
+int benchLookup(const QStringList& args);
 
 // A timer's reading in seconds and in milliseconds.
 double seconds(const QElapsedTimer& timer);

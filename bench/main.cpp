@@ -65,7 +65,9 @@ int usage() {
                          "[--runs N]\n"
                          "       gridmere-bench rows FILE [--runs N]\n"
                          "       gridmere-bench sortview FILE [--column C] [--runs N] "
-                         "[--descending] [--read-only]\n");
+                         "[--descending] [--read-only]\n"
+                         "       gridmere-bench lookup [SOURCE DESTINATION] [--rows N] [--runs N] "
+                         "[--dir D]\n");
     return 2;
 }
 

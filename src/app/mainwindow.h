@@ -367,6 +367,9 @@ public:
         std::vector<OptionData> options;
         QString preset;
         std::function<QString(const QString&)> accept;
+        // Runs on each launcher made for the step, the one that asks again
+        // after an error too (live previews, highlights while typing).
+        std::function<void(Launcher*)> setup;
     };
     Launcher* prompt(const PromptStep& step);
     // Puts an answered step on the strip above the next question;
@@ -458,6 +461,70 @@ private:
     void onConvertDateTimeCustomFromPrompt();
     void onConvertDateTimeToPrompt(int from_kind, const QString& from_format);
     void onConvertDateTimeCustomToPrompt(int from_kind, const QString& from_format);
+
+    // ---- Column lookup (mainwindow_lookup.cpp) ----
+public slots:
+    void commandColumnLookup();
+
+private slots:
+    // The chain's steps in order; each ...Received takes an answer and gives
+    // an error text that asks again, or goes on to the next step.
+    void onColumnLookupFromFilePrompt();
+    QString onColumnLookupFromFilePromptReceived(QString answer);
+    void onColumnLookupFromKeyColPrompt();
+    void onColumnLookupFromKeyColPromptEdited(QString text);
+    QString onColumnLookupFromKeyColPromptReceived(QString answer);
+    void onColumnLookupFromValueColsPrompt();
+    void onColumnLookupFromValueColsPromptEdited(QString text);
+    QString onColumnLookupFromValueColsPromptReceived(QString answer);
+    void onColumnLookupToFilePrompt();
+    QString onColumnLookupToFilePromptReceived(QString answer);
+    void onColumnLookupToKeyColPrompt();
+    void onColumnLookupToKeyColPromptEdited(QString text);
+    QString onColumnLookupToKeyColPromptReceived(QString answer);
+    void onColumnLookupInsertNewColsPrompt();
+    void onColumnLookupInsertNewColsPromptReceived(int index, QString answer);
+    void onColumnLookupToValueColPrompt();
+    void onColumnLookupToValueColPromptEdited(QString text);
+    QString onColumnLookupToValueColPromptReceived(QString answer);
+    void onColumnLookupHandleMismatchesPrompt();
+    QString onColumnLookupHandleMismatchesPromptReceived(QString answer);
+
+private:
+    // The answers of the chain so far; dropped when its launcher closes.
+    // Columns are raw.
+    struct ColumnLookupAnswers {
+        QPointer<TableView> source;
+        QPointer<TableView> destination;
+        int source_key_col = -1;
+        std::vector<int> source_value_cols;
+        int destination_key_col = -1;
+        int destination_value_col = -1;
+        bool insert_new_cols = true;
+        QString mismatch;
+        // The selection of the table a column step highlights in, as it was
+        // when the step opened, to go back to while the answer names nothing.
+        RangeVector kept_selection;
+        Range kept_main;
+    };
+    ColumnLookupAnswers column_lookup;
+    // The open files as options, the current one first; answers are indexes
+    // into table_views.
+    std::vector<OptionData> lookupFileOptions() const;
+    TableView* lookupFileFromAnswer(const QString& answer) const;
+    // A column step: its prompt over `view`, answers highlighted there while typed.
+    void promptForLookupColumn(const QString& prompt_text, const QString& guide, TableView* view,
+                               void (MainWindow::*edited)(QString),
+                               QString (MainWindow::*received)(QString));
+    // Highlights the columns `text` names in `view` (the kept selection when
+    // it names none); `all_but` is the raw column "*" leaves out, or -2 when
+    // "*" means nothing.
+    void highlightLookupColumns(TableView* view, const QString& text, int all_but);
+    // What a column answer names in `view`'s table, as raw columns, in the
+    // typed order; empty when it names none.
+    std::vector<int> lookupColumns(TableView* view, const QString& text, int all_but) const;
+    // Builds the lookup from the answers and pushes it on the destination's stack.
+    void runColumnLookup(const ColumnLookupAnswers& answers);
 
 protected:
     void closeEvent(QCloseEvent* e) override;

@@ -86,6 +86,7 @@ Launcher* MainWindow::prompt(const PromptStep& step) {
     launcher->setOptions(step.options);
     if (!step.preset.isEmpty()) launcher->setEditorText(step.preset, true);
     if (TableView* view = currentView()) launcher->setCurrentFile(view->model()->file().fileName());
+    if (step.setup) step.setup(launcher);
     launcher->resizeWithExtra();
     connect(launcher, &Launcher::launcherResponseSignal, this, [this, step](const QString& answer) {
         const QString error = step.accept ? step.accept(answer) : QString();

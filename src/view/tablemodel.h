@@ -27,6 +27,7 @@
 
 class QMimeData;
 class FindMatcher;
+class LookupMap;
 class TableModelWorker;
 
 // Which line a sort last ran on and how; it decides the arrows in the labels.
@@ -335,6 +336,22 @@ public:
     bool rotateModelCols(int first, int middle, int last);
     // Rows and columns exchange in O(1): the data is never moved.
     void transpose();
+
+    // ---- Column lookup (tablemodel_lookup.cpp) ----
+    // The source side: every raw row from `first_row` on stores its key
+    // column's text with the texts of `value_cols` (raw, in the given
+    // order); a later row with the same key replaces an earlier one. Invalid
+    // (and empty) when a column or the first row is out of range.
+    LookupMap buildLookupMap(int key_col, const std::vector<int>& value_cols, int first_row) const;
+    // The destination side: for every raw row from `first_row` on, its key
+    // column's text looked up in `map`; the found values go into the raw
+    // columns from `first_value_col` on, one Block member a column, as
+    // stored cells. A row without a match takes `mismatch` when it is not
+    // empty; otherwise it keeps its cells (or, with `insert`, where the
+    // columns are new, stays empty). `out` is empty when nothing can be
+    // written.
+    void lookupRanges(RangeVector& out, const LookupMap& map, int key_col, int first_value_col,
+                      const QString& mismatch, int first_row, bool insert) const;
 
     // ---- Clipboard ----
     // The selection as "text/csv" (several cells), plain text and, under

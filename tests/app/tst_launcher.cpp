@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUndoStack>
 
 #include <functional>
 
@@ -324,6 +325,66 @@ private slots:
         TableModel* m = w.currentView()->model();
         QCOMPARE(m->delimiterSave(), QStringLiteral("|"));
         QCOMPARE(m->lineEnding(), UnixLineEnding);
+    }
+
+    // "Column Lookup" answered step by step, source and destination in two
+    // files: a bad column asked again, typing highlights in the source, "*"
+    // takes every column but the key, blanks take the current file, the
+    // first column and "Insert new columns"; one step on the destination.
+    void columnLookupChain() {
+        MainWindow w;
+        auto write = [this](const char* name, const QByteArray& bytes) {
+            const QString p = dir.filePath(QString::fromLatin1(name));
+            QFile f(p);
+            if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) f.write(bytes);
+            return p;
+        };
+        const QString from = write("lookup_source.csv", "x,k,y\n1,a,2\n3,b,4\n");
+        const QString to = write("lookup_destination.csv", "k\nb\na\nc\n");
+        QVERIFY(w.openFiles({from, to}));
+        TableView* source = w.viewForPath(from);
+        TableView* destination = w.viewForPath(to);
+        QVERIFY(source && destination);
+        w.setCurrentView(destination);
+        const QString second = QString::number(1 + source->model()->firstColIndex());
+
+        w.commandColumnLookup();
+        Launcher* l = launcherOf(w);
+        QCOMPARE(l->promptText(), QStringLiteral("Select the File to Look Up Data From:"));
+        QCOMPARE(shown(l).value(0), QStringLiteral("lookup_destination.csv (Current file)"));
+        answer(w, QStringLiteral("lookup_source"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Enter the Source Key Column:"));
+        answer(w, QStringLiteral("zz"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Enter the Source Key Column:"));
+        QCOMPARE(launcherOf(w)->guideText(), QStringLiteral("Must input a column."));
+        type(launcherOf(w), second);
+        QCOMPARE(source->model()->mainCell().col, 1);
+        answer(w, second);
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Enter the Source Value Column(s):"));
+        answer(w, QStringLiteral("*"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Select the File to Write Data To:"));
+        answer(w, QString());
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Enter the Destination Key Column:"));
+        answer(w, QString());
+        QCOMPARE(
+            launcherOf(w)->promptText(),
+            QStringLiteral("Do you want to insert new columns or overwrite existing columns?"));
+        answer(w, QString());
+        QCOMPARE(launcherOf(w)->promptText(),
+                 QStringLiteral("Enter the value for cells with mismatched keys:"));
+        answer(w, QStringLiteral("none"));
+        QVERIFY(!launcherOf(w));
+
+        QCOMPARE(destination->undoStack()->count(), 1);
+        QCOMPARE(source->undoStack()->count(), 0);
+        TableModel* m = destination->model();
+        const QStringList rows{"k||", "b|3|4", "a|1|2", "c|none|none"};
+        for (int r = 0; r < rows.size(); ++r)
+            QCOMPARE(m->cellText(r, 0) + u'|' + m->cellText(r, 1) + u'|' + m->cellText(r, 2),
+                     rows[r]);
+        destination->commandUndo();
+        QCOMPARE(m->tableData().numRawColumns(), 1);
+        QCOMPARE(m->cellText(1, 0) + m->cellText(1, 1), QStringLiteral("b"));
     }
 };
 
