@@ -41,10 +41,10 @@ QString filterHelp(bool row_filter) {
                        "<b>10</b>, but not <b>12</b>."),
         QStringLiteral("<br><b>#</b> as the first character uses regular expressions and ignores "
                        "all of the above syntax."),
-        QStringLiteral("<br><b>\\\\</b> is the escape character. Use it to match the above "
-                       "characters (i.e. <b>\\\\\\\\</b>, <b>\\\\*</b>, <b>\\\\|</b>, <b>\\\\&</b>, "
-                       "<b>\\\\&lt;</b>, <b>\\\\&gt;</b>, <b>\\\\+</b>, <b>\\\\-</b>, or "
-                       "<b>\\\\#</b>)."),
+        QStringLiteral("<br><b>\\</b> is the escape character. Use it to match the above "
+                       "characters (i.e. <b>\\\\</b>, <b>\\*</b>, <b>\\|</b>, <b>\\&</b>, "
+                       "<b>\\&lt;</b>, <b>\\&gt;</b>, <b>\\+</b>, <b>\\-</b>, or <b>\\#</b>)."),
+
         QStringLiteral("<br>Note: <b>#</b> only needs to be escaped if it's the first character."),
         QStringLiteral("<br>Except for regex, matching is case insensitive. Spaces before and after "
                        "filter strings are ignored."),
@@ -112,18 +112,19 @@ FilterLine MainWindow::readFilterLine(TableView* view, const QString& text) cons
 }
 
 void MainWindow::highlightFilterLine(TableView* view, FilterLine line) {
-    view->clearHighlightedRows();
-    view->clearHighlightedColumns();
     const TableData& d = view->model()->tableData();
-    if (line.kind == FilterLine::kRow) view->highlightRow(d.modelRowFromRaw(line.row, true));
+    // A frame around the whole line.
+    view->clearHighlightedRanges();
+    if (line.kind == FilterLine::kRow)
+        view->highlightRange(
+            Range::line(d.modelRowFromRaw(line.row, true), Range::Row, Range::Model));
     if (line.kind == FilterLine::kColumn)
-        view->highlightColumn(d.modelColumnFromRaw(line.col, true));
+        view->highlightRange(
+            Range::line(d.modelColumnFromRaw(line.col, true), Range::Column, Range::Model));
 }
 
 void MainWindow::clearFilterHighlight(TableView* view) {
-    if (!view) return;
-    view->clearHighlightedRows();
-    view->clearHighlightedColumns();
+    if (view) view->clearHighlightedRanges();
 }
 
 void MainWindow::promptForFilterLine(bool with_regex, const QString& preset) {
@@ -153,7 +154,7 @@ void MainWindow::promptForFilterLine(bool with_regex, const QString& preset) {
         return QString();
     };
     Launcher* launcher = prompt(step);
-    launcher->setDescription(QStringLiteral("(No row or column selected)"));
+    launcher->addDescription(QStringLiteral("(No row or column selected)"));
     connect(launcher, &Launcher::promptEditedSignal, this, [this, launcher](const QString& text) {
         TableView* v = currentView();
         if (!v) return;

@@ -17,8 +17,8 @@
 // so "a" and "A" are two keys, and a source and a destination in different
 // encodings still meet on their text.
 //
-// It behaves as the ordered map of key text to value texts that the spec
-// names; it is kept as a hash table over one buffer of keys, and the values
+// It behaves as an ordered map of key text to value texts would; it is
+// kept as a hash table over one buffer of keys, and the values
 // stay the source's stored bytes (captured once per value column), so that a
 // million keys cost no string per key or per value. Nothing here points into
 // the source table: the table may change (or be the destination) afterwards.
