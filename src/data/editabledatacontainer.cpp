@@ -1327,26 +1327,10 @@ void EditableDataContainer::removeColumnRuns(const LineRuns& runs) {
         for (int r = from; r < to; ++r) {
             PackedRow& row = rows[r];
             if (!reachesColumn(row, first)) continue;
-            // In the block itself when the row has no quote marks, from the
-            // last run down so that positions hold.
-            if (!row.hasMarks()) {
-                for (auto it = runs.rbegin(); it != runs.rend(); ++it)
-                    row.eraseCells(it->start, it->end());
-                continue;
-            }
-            // The kept stretches between the runs, each in one go.
-            PackedRowBuilder& b = rowBuilder();
-            const int n = row.size();
-            int kept_from = 0, shift = 0;
-            for (const LineRun& run : runs) {
-                b.appendCells(row, std::min(kept_from, n), std::min(run.start, n));
-                b.copyMarks(row, kept_from, run.start, -shift);
-                shift += run.length;
-                kept_from = run.end();
-            }
-            b.appendCells(row, std::min(kept_from, n), n);
-            b.copyMarks(row, kept_from, row.markedSize(), -shift);
-            row = b.build();
+            // In the block itself, from the last run down so that positions
+            // hold: no allocation, and the freed room serves the undo.
+            for (auto it = runs.rbegin(); it != runs.rend(); ++it)
+                row.eraseCells(it->start, it->end());
         }
     });
     column_count -= removed;
@@ -1379,14 +1363,17 @@ void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredC
                 }
             }
             if (last_put < 0 && !any && !reachesColumn(row, first)) continue;
-            if (!any && !row.hasMarks() && !row.isNull()) {
+            const bool marks = row.hasMarks();
+            if ((!any || marks) && !row.isNull()) {
                 // In the block itself: each run where the row reaches it,
-                // none past its end when nothing there holds bytes.
+                // none past its end when nothing there holds bytes. Marks
+                // past a row's end would have to move with no cell to put,
+                // so such a row is rebuilt.
                 int size = row.size(), j0 = 0;
                 bool fits = true;
                 for (const LineRun& run : runs) {
                     if (run.start > size) {
-                        fits = last_put < j0;
+                        fits = last_put < j0 && !marks;
                         break;
                     }
                     size += run.length;
@@ -1398,7 +1385,8 @@ void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredC
                     for (; done < runs.size(); ++done) {
                         const LineRun& run = runs[done];
                         if (run.start > row.size()) break;
-                        if (!row.insertCells(run.start, put.data() + j, run.length)) {
+                        if (!row.insertCells(run.start, put.data() + j, run.length,
+                                             put_quoted.data() + j)) {
                             fits = false;
                             break;
                         }
