@@ -175,6 +175,8 @@ public slots:
     void commandInsertColumnsBefore();
     void commandInsertRowsAfter();
     void commandInsertColumnsAfter();
+    void commandInsertRowsBeforeMultipleTimes();
+    void commandInsertColumnsBeforeMultipleTimes();
     void commandInsertCellsMoveRestOfRowRight();
     void commandInsertCellsMoveRestOfColumnDown();
     void commandRemoveRows();
@@ -187,8 +189,12 @@ public slots:
     void commandMoveRowsDown();
     void commandMoveColumnsLeft();
     void commandMoveColumnsRight();
+    void commandMoveRowsJustAboveRow();
+    void commandMoveColumnsToTheLeftOfColumn();
     void commandDuplicateRows();
     void commandDuplicateColumns();
+    void commandDuplicateRowsMultipleTimes();
+    void commandDuplicateColumnsMultipleTimes();
     void commandTransposeTable();
     void commandTransposeSelectedCells();
     void commandHideSelectedRows();
@@ -418,8 +424,6 @@ private:
                           std::function<void(int, const QString&)> take);
     void promptForText(const QString& prompt_text, const QString& guide,
                        std::function<QString(const QString&)> accept);
-    void promptForCount(const QString& prompt_text,
-                        const std::function<void(TableView*, int)>& act);
     void promptForSeries(const QString& prompt_text,
                          const std::function<void(TableView*, const QString&)>& act);
     void promptForReshape(bool row_wise);
@@ -444,6 +448,21 @@ private:
     // when the text names no row or column.
     bool readCellAddress(const QString& text, int& row, int& col) const;
     void promptForCell(const QString& prompt_text, std::function<void(TableView*, int, int)> act);
+    // A whole number of at least `minimum` (0 or 1) for `act` on the current
+    // grid, which must be writable; a bad answer asks again with the error,
+    // as does one that `refuse` gives an error text for.
+    void promptForCount(const QString& prompt_text, int minimum,
+                        const std::function<void(TableView*, int)>& act,
+                        const std::function<QString(TableView*, int)>& refuse = {});
+    // The count of lines to add, for the row (`rows`) or column commands
+    // that add `count` lines at each run (or, `each_line`, at each line).
+    void promptForLineCount(const QString& prompt_text, bool rows, bool each_line,
+                            const std::function<void(TableView*, int)>& act);
+    // A typed row (`rows`) or column label as a model line, taken to the
+    // table's edges; false when the text names no line of that kind.
+    bool readLineAddress(const QString& text, bool rows, int& line) const;
+    void promptForLine(const QString& prompt_text, bool rows,
+                       const std::function<void(TableView*, int)>& act);
     void promptForSetting(int id, std::vector<OptionData> options = {}, QString guide = {});
     void setGlobalSettingFromText(int id, const QString& text);
     void applyTableSetting(int id, const QString& text);

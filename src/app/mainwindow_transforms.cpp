@@ -16,7 +16,6 @@
 
 namespace {
 
-const QString kNonNegativeError = QStringLiteral("Must be a whole number 0 or greater.");
 const QString kChooseError = QStringLiteral("Must select one of the options.");
 
 const QStringList kDateKindNames{
@@ -295,28 +294,15 @@ void MainWindow::commandConvertNumberFormat() {
                       }));
 }
 
-// A whole number of at least 0 for `act`, or the usual error.
-void MainWindow::promptForCount(const QString& prompt_text,
-                                const std::function<void(TableView*, int)>& act) {
-    if (!transformTarget()) return;
-    promptForText(prompt_text, QString(), [this, act](const QString& answer) {
-        bool ok = false;
-        const int n = answer.trimmed().toInt(&ok);
-        if (!ok || n < 0) return kNonNegativeError;
-        runTransform([act, n](TableView* v) { act(v, n); });
-        return QString();
-    });
-}
-
 void MainWindow::commandZeroFillWholeNumbers() {
-    promptForCount(QStringLiteral("Total Number of Digits:"),
+    promptForCount(QStringLiteral("Total Number of Digits:"), 0,
                    [](TableView* v, int n) { v->zeroFillWholeNumbers(n); });
 }
 void MainWindow::commandRemoveLeadingZeros() {
     runTransform([](TableView* v) { v->removeLeadingZeros(); });
 }
 void MainWindow::commandSetNumberOfDecimals() {
-    promptForCount(QStringLiteral("Number of Decimals:"),
+    promptForCount(QStringLiteral("Number of Decimals:"), 0,
                    [](TableView* v, int n) { v->setNumberOfDecimals(n); });
 }
 

@@ -105,6 +105,10 @@ public:
     // `count` copies of each selected line below (right of) it.
     void duplicateRows(int count);
     void duplicateCols(int count);
+    // Whether `count` new lines at each run of selected lines (`each_line`:
+    // at each selected line, as duplicates are) still fit: the table stays
+    // addressable, and a rough floor of the bytes they take is free memory.
+    bool roomForLines(bool rows, int count, bool each_line) const;
     void transposeTable();
     void transposeSelectedCells();
     // Split each selected cell by `rule` into the cells to its right

@@ -22,6 +22,9 @@
 #include "view/tableview.h"
 
 #include <algorithm>
+#include <climits>
+
+#include <unistd.h>
 
 bool TableView::readyToChange(bool writes) {
     if (writes && table_model->isReadOnly()) return false;
@@ -78,6 +81,27 @@ void TableView::duplicateRows(int count) {
 void TableView::duplicateCols(int count) {
     if (!readyToChange(true)) return;
     pushCommand(new DuplicateColsCommand(table_model, table_model->selectionRanges(), count));
+}
+
+bool TableView::roomForLines(bool rows, int count, bool each_line) const {
+    const TableModel& m = *table_model;
+    const RangeVector& sel = m.selectionRanges();
+    const std::vector<int> selected = rows ? m.selectedRows(sel, true) : m.selectedCols(sel, true);
+    const qint64 points = each_line ? qint64(selected.size()) : qint64(runsOf(selected).size());
+    const qint64 added = points * count;
+    const TableData& d = m.tableData();
+    const qint64 along = rows ? d.numRawRows() : d.numRawColumns();
+    const qint64 across = rows ? d.numRawColumns() : d.numRawRows();
+    if (along + added > INT_MAX - 1) return false;
+    // A new line costs its handle or header entry; a new column an offset
+    // in each row, wide once a row holds many; copies their bytes too. A
+    // typo of a few zeros is refused here rather than ending the program
+    // half way through.
+    const qint64 per_cell = each_line ? 8 : rows ? 0 : 4;
+    const qint64 per_line = 16 + across * per_cell;
+    const long pages = sysconf(_SC_AVPHYS_PAGES), page = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || page <= 0) return true;
+    return added <= qint64(pages) * page / std::max<qint64>(per_line, 1);
 }
 
 void TableView::transposeTable() {
