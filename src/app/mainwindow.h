@@ -405,6 +405,7 @@ public slots:
     void commandJoinSelectedCellsVertically();
     void commandSplitSelectedCellsHorizontally();
     void commandSplitSelectedCellsVertically();
+    void commandSplitSelectedCellsHorizontallyMoveRestOfRowRight();
     void commandKeepOnlyLeftPartOfSelectedCells();
     void commandKeepOnlyMiddlePartOfSelectedCells();
     void commandKeepOnlyRightPartOfSelectedCells();
@@ -428,7 +429,9 @@ private:
                          const std::function<void(TableView*, const QString&)>& act);
     void promptForReshape(bool row_wise);
     void promptForJoin(bool horizontally);
-    void promptForSplit(bool horizontally);
+    // With `move_rest`, columns open after each split one so nothing is
+    // overwritten ("Split Selected Cells Horizontally, Move Rest of Row Right").
+    void promptForSplit(bool horizontally, bool move_rest = false);
     void promptForKeepPart(bool left);
     void promptForAffix(bool prepend);
     void onConvertDateTimeCustomFromPrompt();

@@ -6,6 +6,7 @@
 #include "app/paneview.h"
 #include "commands/settings.h"
 #include "edit/celltransforms.h"
+#include "edit/commands/lines/splitcellscommand.h"
 #include "edit/datetimeconversion.h"
 #include "edit/numbertransforms.h"
 #include "edit/uuidtext.h"
@@ -433,24 +434,34 @@ void MainWindow::commandJoinSelectedCellsVertically() {
     promptForJoin(false);
 }
 
-void MainWindow::promptForSplit(bool horizontally) {
+void MainWindow::promptForSplit(bool horizontally, bool move_rest) {
     if (!transformTarget()) return;
+    // Both answers end here: the parts over the neighbouring cells, or into
+    // columns opened for them.
+    auto split = [this, horizontally, move_rest](const SplitRule& rule) {
+        runTransform([horizontally, move_rest, rule](TableView* v) {
+            if (move_rest)
+                v->splitCells(true, rule, true);
+            else
+                v->splitSelectedCells(horizontally, !rule.by_delimiter, rule.delimiter,
+                                      rule.indexes);
+        });
+    };
     const QString text = QStringLiteral("Select a Split Option:");
     prompt(optionStep(
         text, QString(),
         {{QStringLiteral("Split by Delimiter"), {}, {}, {}, {}},
          {QStringLiteral("Split by Index"), {}, {}, {}, {}}},
-        [this, text, horizontally](int index, const QString& answer) {
-            promptNext(text, answer, [this, horizontally] { promptForSplit(horizontally); });
+        [this, text, horizontally, move_rest, split](int index, const QString& answer) {
+            promptNext(text, answer, [this, horizontally, move_rest] {
+                promptForSplit(horizontally, move_rest);
+            });
             if (index == 0) {
                 promptForText(QStringLiteral("Type in a Delimiter:"),
                               QStringLiteral("For example, a comma or a space. Hit enter for "
                                              "none.<br>If none, it will separate each character."),
-                              [this, horizontally](const QString& typed) {
-                                  const QString delimiter = decodeSeparator(typed);
-                                  runTransform([horizontally, delimiter](TableView* v) {
-                                      v->splitSelectedCells(horizontally, false, delimiter, {});
-                                  });
+                              [split](const QString& typed) {
+                                  split(SplitRule{true, decodeSeparator(typed), {}});
                                   return QString();
                               });
                 return;
@@ -462,13 +473,10 @@ void MainWindow::promptForSplit(bool horizontally) {
                                "indexes from the right (last character's index is -1).<br>Example: "
                                "Input is <b>2 4 -3</b>:<br><b>Lorem Ipsum</b> -> <b>Lo</b> | "
                                "<b>re</b> | <b>m Ip</b> | <b>sum</b>"),
-                [this, horizontally](const QString& typed) {
+                [split](const QString& typed) {
                     const std::optional<QList<int>> indexes = parseSplitIndexes(typed);
                     if (!indexes) return QStringLiteral("Must input a valid index (or indexes).");
-                    const QList<int> cuts = *indexes;
-                    runTransform([horizontally, cuts](TableView* v) {
-                        v->splitSelectedCells(horizontally, true, QString(), cuts);
-                    });
+                    split(SplitRule{false, QString(), *indexes});
                     return QString();
                 });
         }));
@@ -479,6 +487,9 @@ void MainWindow::commandSplitSelectedCellsHorizontally() {
 }
 void MainWindow::commandSplitSelectedCellsVertically() {
     promptForSplit(false);
+}
+void MainWindow::commandSplitSelectedCellsHorizontallyMoveRestOfRowRight() {
+    promptForSplit(true, true);
 }
 
 void MainWindow::promptForKeepPart(bool left) {

@@ -118,7 +118,8 @@ private slots:
     }
 
     // Keys on the grid of a real window: Alt+Return inserts cells until the
-    // find bar is open, where it finds all matches instead.
+    // find bar is open, where it finds all matches instead; the chord of
+    // the split that moves the rest of the row opens its question.
     void sharedKeysOnTheGrid() {
         const QString path = dir.filePath("k.csv");
         QFile f(path);
@@ -138,6 +139,14 @@ private slots:
         QCOMPARE(view->undoStack()->count(), 1);
         QCOMPARE(m.cellText(1, 0), QString());
         QCOMPARE(m.cellText(1, 1), QStringLiteral("1"));
+
+        QTest::keyClick(view, Qt::Key_K, Qt::ControlModifier);
+        QTest::keyClick(view, Qt::Key_S, Qt::ControlModifier);
+        Launcher* asked = window.paneView()->currentLauncher();
+        QVERIFY(asked);
+        QCOMPARE(asked->promptText(), QStringLiteral("Select a Split Option:"));
+        QTest::keyClick(asked->editor(), Qt::Key_Escape);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 
         window.commandFindPrompt();
         auto* bar = window.findChild<FindReplaceWidget*>();

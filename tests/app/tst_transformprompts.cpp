@@ -78,9 +78,9 @@ private slots:
                                 "Prepend Cell Contents",
                                 "Append Cell Contents",
                                 "Trim Selected Cell(s)",
-                                "Fill Selected Cells with UUID/GUID"};
+                                "Fill Selected Cells with UUID/GUID",
+                                "Split Selected Cells Horizontally, Move Rest of Row Right"};
         const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left",
-                                  "Split Selected Cells Horizontally, Move Rest of Row Right",
                                   "Add or Update ID Column"};
         auto has = [&w](const QString& name) {
             const QByteArray slot = CommandTable::slotName(name) + "()";
@@ -137,6 +137,29 @@ private slots:
         QCOMPARE(cell(v, 1, 0), QStringLiteral("10 Apr 2020"));
         QCOMPARE(cell(v, 2, 0), QStringLiteral("later"));
         QCOMPARE(v->undoStack()->count(), 1);
+    }
+
+    // The split that moves the rest of the row keeps every cell: the parts
+    // go into new columns, in one undo step.
+    void splitMovingRestOfRow() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("h,g\na b c,z\n")));
+        TableView* v = w.currentView();
+        v->model()->selectSingleCell(Range(1, 0, Range::Model));
+        w.commandSplitSelectedCellsHorizontallyMoveRestOfRowRight();
+        answer(w, QStringLiteral("Split by Index"));
+        answer(w, QStringLiteral("x"));
+        QCOMPARE(launcherOf(w)->guideText(),
+                 QStringLiteral("Must input a valid index (or indexes)."));
+        answer(w, QStringLiteral("2 4"));
+        QVERIFY(!launcherOf(w));
+        const QStringList row{cell(v, 1, 0), cell(v, 1, 1), cell(v, 1, 2), cell(v, 1, 3)};
+        QCOMPARE(row, (QStringList{"a ", "b ", "c", "z"}));
+        QCOMPARE(cell(v, 0, 3), QStringLiteral("g"));
+        QCOMPARE(v->undoStack()->count(), 1);
+        v->undoStack()->undo();
+        QCOMPARE(cell(v, 1, 0), QStringLiteral("a b c"));
+        QCOMPARE(cell(v, 1, 1), QStringLiteral("z"));
     }
 
     void prependChainAndReadOnly() {
