@@ -604,6 +604,20 @@ bool anyChosen(int start, int end, SelectionMode mode, const IndexList& list, F&
     return false;
 }
 
+// Runs `work(first, last)` over [0, n), on two threads for many rows: each
+// row is its own block, so halves never meet.
+template <class Work> void splitRows(int n, Work&& work) {
+    constexpr int kSplitRows = 200000;
+    if (n < kSplitRows) {
+        work(0, n);
+        return;
+    }
+    const int middle = n / 2;
+    std::thread helper([&] { work(middle, n); });
+    work(0, middle);
+    helper.join();
+}
+
 // Rebuilding a row reuses one gathering buffer per thread, so an edit
 // allocates only the row's new block.
 PackedRowBuilder& rowBuilder() {
@@ -870,19 +884,26 @@ bool EditableDataContainer::insertColumns(int column, int count) {
         column_count = column + count;
         return true;
     }
-    for (PackedRow& r : rows) {
-        if (!reachesColumn(r, column)) continue;
-        const int n = r.size();
-        PackedRowBuilder& b = rowBuilder();
-        b.appendCells(r, 0, std::min(column, n));
-        if (n > column) {
-            b.appendEmpty(count);
-            b.appendCells(r, column, n);
+    const std::vector<QByteArrayView> empties(static_cast<size_t>(count));
+    splitRows(rows.size(), [&](int from, int to) {
+        for (int i = from; i < to; ++i) {
+            PackedRow& r = rows[i];
+            if (!reachesColumn(r, column)) continue;
+            const int n = r.size();
+            // In the block itself where the row has a cell there; a row
+            // reached only by marks, or whose offsets would widen, is rebuilt.
+            if (n > column && r.insertCells(column, empties.data(), count)) continue;
+            PackedRowBuilder& b = rowBuilder();
+            b.appendCells(r, 0, std::min(column, n));
+            if (n > column) {
+                b.appendEmpty(count);
+                b.appendCells(r, column, n);
+            }
+            b.copyMarks(r, 0, column, 0);
+            b.copyMarks(r, column, r.markedSize(), count);
+            r = b.build();
         }
-        b.copyMarks(r, 0, column, 0);
-        b.copyMarks(r, column, r.markedSize(), count);
-        r = b.build();
-    }
+    });
     column_count += count;
     return true;
 }
@@ -1192,20 +1213,6 @@ PackedRow rowFromCapture(StoredCells::Reader& reader, int width) {
         if (quoted) b.mark(c);
     }
     return b.build();
-}
-
-// Runs `work(first, last)` over [0, n), on two threads for many rows: each
-// row is its own block, so halves never meet.
-template <class Work> void splitRows(int n, Work&& work) {
-    constexpr int kSplitRows = 200000;
-    if (n < kSplitRows) {
-        work(0, n);
-        return;
-    }
-    const int middle = n / 2;
-    std::thread helper([&] { work(middle, n); });
-    work(0, middle);
-    helper.join();
 }
 
 } // namespace
