@@ -413,6 +413,7 @@ public slots:
     void commandAppendCellContents();
     void commandTrimSelectedCells();
     void commandFillSelectedCellsWithUuidGuid();
+    void commandAddOrUpdateIdColumn();
 
 private:
     // The current grid when it may be edited (a cell edit committed first).

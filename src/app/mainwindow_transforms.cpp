@@ -623,3 +623,21 @@ void MainWindow::commandFillSelectedCellsWithUuidGuid() {
                           });
                       }));
 }
+
+// An ID column already there only has its gaps numbered; a new one asks
+// where its numbers start.
+void MainWindow::commandAddOrUpdateIdColumn() {
+    TableView* view = transformTarget();
+    if (!view) return;
+    if (const int col = view->idColumn(); col >= 0) {
+        runTransform([col](TableView* v) { v->updateIdColumn(col); });
+        return;
+    }
+    promptForText(QStringLiteral("First ID Number:"), QString(), [this](const QString& answer) {
+        bool ok = false;
+        const qint64 first = answer.trimmed().toLongLong(&ok);
+        if (!ok) return QStringLiteral("Must be a whole number.");
+        runTransform([first](TableView* v) { v->addIdColumn(first); });
+        return QString();
+    });
+}

@@ -129,6 +129,15 @@ public:
     void selectDuplicates(bool rows, bool based_on_selected);
     void removeAllFilteredOutAndHiddenData();
     void removeExtraneousRowsAndColumns();
+    // The column whose label in the last header row reads "id" in any case,
+    // or -1 (always with no header row).
+    int idColumn() const;
+    // Numbers the ID column's empty data cells after the largest number in
+    // it, as one undo step; nothing when none is empty.
+    void updateIdColumn(int col);
+    // A new first column, "ID" in its last header row and the data rows
+    // numbered from `first`, as one undo step ("Add ID Column").
+    void addIdColumn(qint64 first);
     bool isEditing() const { return context & CellEditing; }
     // "Edit Selected Cell": the main cell's text stays, the cursor at its end.
     void editSelectedCell();

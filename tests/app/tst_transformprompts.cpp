@@ -79,9 +79,9 @@ private slots:
                                 "Append Cell Contents",
                                 "Trim Selected Cell(s)",
                                 "Fill Selected Cells with UUID/GUID",
-                                "Split Selected Cells Horizontally, Move Rest of Row Right"};
-        const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left",
-                                  "Add or Update ID Column"};
+                                "Split Selected Cells Horizontally, Move Rest of Row Right",
+                                "Add or Update ID Column"};
+        const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left"};
         auto has = [&w](const QString& name) {
             const QByteArray slot = CommandTable::slotName(name) + "()";
             return w.metaObject()->indexOfSlot(QMetaObject::normalizedSignature(slot)) >= 0;
@@ -160,6 +160,35 @@ private slots:
         v->undoStack()->undo();
         QCOMPARE(cell(v, 1, 0), QStringLiteral("a b c"));
         QCOMPARE(cell(v, 1, 1), QStringLiteral("z"));
+    }
+
+    // A table without an ID column asks where to start and gets one in a
+    // single step; one with it only has its gaps numbered, asking nothing.
+    void idColumn() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("name\nx\ny\n")));
+        TableView* v = w.currentView();
+        w.commandAddOrUpdateIdColumn();
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("First ID Number:"));
+        answer(w, QStringLiteral("one"));
+        QCOMPARE(launcherOf(w)->guideText(), QStringLiteral("Must be a whole number."));
+        answer(w, QStringLiteral("10"));
+        QVERIFY(!launcherOf(w));
+        QCOMPARE((QStringList{cell(v, 0, 0), cell(v, 1, 0), cell(v, 2, 0), cell(v, 2, 1)}),
+                 (QStringList{"ID", "10", "11", "y"}));
+        QCOMPARE(v->undoStack()->count(), 1);
+        v->undoStack()->undo();
+        QCOMPARE(v->model()->tableData().numRawColumns(), 1);
+        QCOMPARE(cell(v, 0, 0), QStringLiteral("name"));
+
+        MainWindow again;
+        QVERIFY(again.openFile(csv("n,Id\na,3\nb,\nc,x\nd,\n")));
+        v = again.currentView();
+        again.commandAddOrUpdateIdColumn();
+        QVERIFY(!launcherOf(again));
+        QCOMPARE((QStringList{cell(v, 1, 1), cell(v, 2, 1), cell(v, 3, 1), cell(v, 4, 1)}),
+                 (QStringList{"3", "4", "x", "5"}));
+        QCOMPARE(v->undoStack()->count(), 1);
     }
 
     void prependChainAndReadOnly() {
