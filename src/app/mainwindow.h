@@ -176,6 +176,8 @@ public slots:
     void commandInsertColumnsBefore();
     void commandInsertRowsAfter();
     void commandInsertColumnsAfter();
+    void commandInsertRowsBeforeMultipleTimes();
+    void commandInsertColumnsBeforeMultipleTimes();
     void commandInsertCellsMoveRestOfRowRight();
     void commandInsertCellsMoveRestOfColumnDown();
     void commandRemoveRows();
@@ -188,8 +190,12 @@ public slots:
     void commandMoveRowsDown();
     void commandMoveColumnsLeft();
     void commandMoveColumnsRight();
+    void commandMoveRowsJustAboveRow();
+    void commandMoveColumnsToTheLeftOfColumn();
     void commandDuplicateRows();
     void commandDuplicateColumns();
+    void commandDuplicateRowsMultipleTimes();
+    void commandDuplicateColumnsMultipleTimes();
     void commandTransposeTable();
     void commandTransposeSelectedCells();
     void commandHideSelectedRows();
@@ -403,6 +409,7 @@ public slots:
     void commandJoinSelectedCellsVertically();
     void commandSplitSelectedCellsHorizontally();
     void commandSplitSelectedCellsVertically();
+    void commandSplitSelectedCellsHorizontallyMoveRestOfRowRight();
     void commandKeepOnlyLeftPartOfSelectedCells();
     void commandKeepOnlyMiddlePartOfSelectedCells();
     void commandKeepOnlyRightPartOfSelectedCells();
@@ -410,6 +417,7 @@ public slots:
     void commandAppendCellContents();
     void commandTrimSelectedCells();
     void commandFillSelectedCellsWithUuidGuid();
+    void commandAddOrUpdateIdColumn();
 
     // ---- Filters (mainwindow_filters.cpp) ----
     void commandAddFilter();
@@ -449,13 +457,13 @@ private:
                           std::function<void(int, const QString&)> take);
     void promptForText(const QString& prompt_text, const QString& guide,
                        std::function<QString(const QString&)> accept);
-    void promptForCount(const QString& prompt_text,
-                        const std::function<void(TableView*, int)>& act);
     void promptForSeries(const QString& prompt_text,
                          const std::function<void(TableView*, const QString&)>& act);
     void promptForReshape(bool row_wise);
     void promptForJoin(bool horizontally);
-    void promptForSplit(bool horizontally);
+    // With `move_rest`, columns open after each split one so nothing is
+    // overwritten ("Split Selected Cells Horizontally, Move Rest of Row Right").
+    void promptForSplit(bool horizontally, bool move_rest = false);
     void promptForKeepPart(bool left);
     void promptForAffix(bool prepend);
     void onConvertDateTimeCustomFromPrompt();
@@ -539,6 +547,21 @@ private:
     // when the text names no row or column.
     bool readCellAddress(const QString& text, int& row, int& col) const;
     void promptForCell(const QString& prompt_text, std::function<void(TableView*, int, int)> act);
+    // A whole number of at least `minimum` (0 or 1) for `act` on the current
+    // grid, which must be writable; a bad answer asks again with the error,
+    // as does one that `refuse` gives an error text for.
+    void promptForCount(const QString& prompt_text, int minimum,
+                        const std::function<void(TableView*, int)>& act,
+                        const std::function<QString(TableView*, int)>& refuse = {});
+    // The count of lines to add, for the row (`rows`) or column commands
+    // that add `count` lines at each run (or, `each_line`, at each line).
+    void promptForLineCount(const QString& prompt_text, bool rows, bool each_line,
+                            const std::function<void(TableView*, int)>& act);
+    // A typed row (`rows`) or column label as a model line, taken to the
+    // table's edges; false when the text names no line of that kind.
+    bool readLineAddress(const QString& text, bool rows, int& line) const;
+    void promptForLine(const QString& prompt_text, bool rows,
+                       const std::function<void(TableView*, int)>& act);
     void promptForSetting(int id, std::vector<OptionData> options = {}, QString guide = {});
     void setGlobalSettingFromText(int id, const QString& text);
     void applyTableSetting(int id, const QString& text);

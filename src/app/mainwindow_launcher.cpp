@@ -214,6 +214,60 @@ void MainWindow::promptForCell(const QString& prompt_text,
     prompt(step);
 }
 
+bool MainWindow::readLineAddress(const QString& text, bool rows, int& line) const {
+    TableView* view = currentView();
+    if (!view) return false;
+    TableModel* m = view->model();
+    int row = -1, col = -1;
+    if (rows) {
+        parseRowFirst(row, col, text);
+        if (row == -1) return false;
+        line = row - m->firstRowIndex();
+    } else {
+        // Letters name a column only where the headers show letters; "A" is 1.
+        const int lettered =
+            m->columnsAsLetters() ? columnLettersToIndex(text.trimmed().toUpper()) : -1;
+        if (lettered == -1)
+            parseColumnFirst(row, col, text);
+        else
+            col = lettered;
+        if (col == -1) return false;
+        line = col - (m->columnsAsLetters() ? 1 : m->firstColIndex());
+    }
+    const int count = rows ? m->rowCount() : m->columnCount();
+    line = std::clamp(line, 0, std::max(0, count - 1));
+    return true;
+}
+
+void MainWindow::promptForLine(const QString& prompt_text, bool rows,
+                               const std::function<void(TableView*, int)>& act) {
+    if (!transformTarget()) return;
+    promptForText(prompt_text, QString(), [this, rows, act](const QString& answer) {
+        int line = -1;
+        if (!readLineAddress(answer, rows, line))
+            return rows ? QStringLiteral("Must input a row.")
+                        : QStringLiteral("Must input a column.");
+        runTransform([act, line](TableView* v) { act(v, line); });
+        return QString();
+    });
+}
+
+void MainWindow::promptForCount(const QString& prompt_text, int minimum,
+                                const std::function<void(TableView*, int)>& act,
+                                const std::function<QString(TableView*, int)>& refuse) {
+    if (!transformTarget()) return;
+    const int type = minimum > 0 ? Setting::PositiveIntegerType : Setting::NonNegativeIntegerType;
+    promptForText(prompt_text, QString(), [this, act, refuse, type](const QString& answer) {
+        QString error = integerError(type, answer);
+        const int n = answer.trimmed().toInt();
+        TableView* view = currentView();
+        if (error.isEmpty() && refuse && view) error = refuse(view, n);
+        if (!error.isEmpty()) return error;
+        runTransform([act, n](TableView* v) { act(v, n); });
+        return QString();
+    });
+}
+
 void MainWindow::commandGoToCell() {
     promptForCell(QStringLiteral("Go to Cell:"), [](TableView* view, int row, int col) {
         view->model()->selectSingleCell(Range(row, col, Range::Model));

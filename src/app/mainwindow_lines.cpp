@@ -21,6 +21,27 @@ void MainWindow::commandInsertColumnsAfter() {
     if (TableView* v = currentView()) v->insertCols(0, false);
 }
 
+void MainWindow::promptForLineCount(const QString& prompt_text, bool rows, bool each_line,
+                                    const std::function<void(TableView*, int)>& act) {
+    promptForCount(prompt_text, 1, act, [rows, each_line](TableView* v, int n) {
+        return v->roomForLines(rows, n, each_line)
+                   ? QString()
+                   : QStringLiteral("Too many: that many new %1 would not fit in the table or "
+                                    "in free memory.")
+                         .arg(rows ? QStringLiteral("rows") : QStringLiteral("columns"));
+    });
+}
+
+void MainWindow::commandInsertRowsBeforeMultipleTimes() {
+    promptForLineCount(QStringLiteral("Number of Rows:"), true, false,
+                       [](TableView* v, int n) { v->insertRows(n, true); });
+}
+
+void MainWindow::commandInsertColumnsBeforeMultipleTimes() {
+    promptForLineCount(QStringLiteral("Number of Cols:"), false, false,
+                       [](TableView* v, int n) { v->insertCols(n, true); });
+}
+
 void MainWindow::commandInsertCellsMoveRestOfRowRight() {
     if (TableView* v = currentView()) v->insertCellsMoveRest(true);
 }
@@ -69,12 +90,32 @@ void MainWindow::commandMoveColumnsRight() {
     if (TableView* v = currentView()) v->moveColsRelative(1);
 }
 
+void MainWindow::commandMoveRowsJustAboveRow() {
+    promptForLine(QStringLiteral("Move Above Row:"), true,
+                  [](TableView* v, int row) { v->moveRowsAbove(row); });
+}
+
+void MainWindow::commandMoveColumnsToTheLeftOfColumn() {
+    promptForLine(QStringLiteral("Move to the Left of Column:"), false,
+                  [](TableView* v, int col) { v->moveColsLeftOf(col); });
+}
+
 void MainWindow::commandDuplicateRows() {
     if (TableView* v = currentView()) v->duplicateRows(1);
 }
 
 void MainWindow::commandDuplicateColumns() {
     if (TableView* v = currentView()) v->duplicateCols(1);
+}
+
+void MainWindow::commandDuplicateRowsMultipleTimes() {
+    promptForLineCount(QStringLiteral("Number of Rows:"), true, true,
+                       [](TableView* v, int n) { v->duplicateRows(n); });
+}
+
+void MainWindow::commandDuplicateColumnsMultipleTimes() {
+    promptForLineCount(QStringLiteral("Number of Columns:"), false, true,
+                       [](TableView* v, int n) { v->duplicateCols(n); });
 }
 
 void MainWindow::commandTransposeTable() {

@@ -6,6 +6,7 @@
 #include "app/paneview.h"
 #include "commands/settings.h"
 #include "edit/celltransforms.h"
+#include "edit/commands/lines/splitcellscommand.h"
 #include "edit/datetimeconversion.h"
 #include "edit/numbertransforms.h"
 #include "edit/uuidtext.h"
@@ -16,7 +17,6 @@
 
 namespace {
 
-const QString kNonNegativeError = QStringLiteral("Must be a whole number 0 or greater.");
 const QString kChooseError = QStringLiteral("Must select one of the options.");
 
 const QStringList kDateKindNames{
@@ -295,28 +295,15 @@ void MainWindow::commandConvertNumberFormat() {
                       }));
 }
 
-// A whole number of at least 0 for `act`, or the usual error.
-void MainWindow::promptForCount(const QString& prompt_text,
-                                const std::function<void(TableView*, int)>& act) {
-    if (!transformTarget()) return;
-    promptForText(prompt_text, QString(), [this, act](const QString& answer) {
-        bool ok = false;
-        const int n = answer.trimmed().toInt(&ok);
-        if (!ok || n < 0) return kNonNegativeError;
-        runTransform([act, n](TableView* v) { act(v, n); });
-        return QString();
-    });
-}
-
 void MainWindow::commandZeroFillWholeNumbers() {
-    promptForCount(QStringLiteral("Total Number of Digits:"),
+    promptForCount(QStringLiteral("Total Number of Digits:"), 0,
                    [](TableView* v, int n) { v->zeroFillWholeNumbers(n); });
 }
 void MainWindow::commandRemoveLeadingZeros() {
     runTransform([](TableView* v) { v->removeLeadingZeros(); });
 }
 void MainWindow::commandSetNumberOfDecimals() {
-    promptForCount(QStringLiteral("Number of Decimals:"),
+    promptForCount(QStringLiteral("Number of Decimals:"), 0,
                    [](TableView* v, int n) { v->setNumberOfDecimals(n); });
 }
 
@@ -447,24 +434,34 @@ void MainWindow::commandJoinSelectedCellsVertically() {
     promptForJoin(false);
 }
 
-void MainWindow::promptForSplit(bool horizontally) {
+void MainWindow::promptForSplit(bool horizontally, bool move_rest) {
     if (!transformTarget()) return;
+    // Both answers end here: the parts over the neighbouring cells, or into
+    // columns opened for them.
+    auto split = [this, horizontally, move_rest](const SplitRule& rule) {
+        runTransform([horizontally, move_rest, rule](TableView* v) {
+            if (move_rest)
+                v->splitCells(true, rule, true);
+            else
+                v->splitSelectedCells(horizontally, !rule.by_delimiter, rule.delimiter,
+                                      rule.indexes);
+        });
+    };
     const QString text = QStringLiteral("Select a Split Option:");
     prompt(optionStep(
         text, QString(),
         {{QStringLiteral("Split by Delimiter"), {}, {}, {}, {}},
          {QStringLiteral("Split by Index"), {}, {}, {}, {}}},
-        [this, text, horizontally](int index, const QString& answer) {
-            promptNext(text, answer, [this, horizontally] { promptForSplit(horizontally); });
+        [this, text, horizontally, move_rest, split](int index, const QString& answer) {
+            promptNext(text, answer, [this, horizontally, move_rest] {
+                promptForSplit(horizontally, move_rest);
+            });
             if (index == 0) {
                 promptForText(QStringLiteral("Type in a Delimiter:"),
                               QStringLiteral("For example, a comma or a space. Hit enter for "
                                              "none.<br>If none, it will separate each character."),
-                              [this, horizontally](const QString& typed) {
-                                  const QString delimiter = decodeSeparator(typed);
-                                  runTransform([horizontally, delimiter](TableView* v) {
-                                      v->splitSelectedCells(horizontally, false, delimiter, {});
-                                  });
+                              [split](const QString& typed) {
+                                  split(SplitRule{true, decodeSeparator(typed), {}});
                                   return QString();
                               });
                 return;
@@ -476,13 +473,10 @@ void MainWindow::promptForSplit(bool horizontally) {
                                "indexes from the right (last character's index is -1).<br>Example: "
                                "Input is <b>2 4 -3</b>:<br><b>Lorem Ipsum</b> -> <b>Lo</b> | "
                                "<b>re</b> | <b>m Ip</b> | <b>sum</b>"),
-                [this, horizontally](const QString& typed) {
+                [split](const QString& typed) {
                     const std::optional<QList<int>> indexes = parseSplitIndexes(typed);
                     if (!indexes) return QStringLiteral("Must input a valid index (or indexes).");
-                    const QList<int> cuts = *indexes;
-                    runTransform([horizontally, cuts](TableView* v) {
-                        v->splitSelectedCells(horizontally, true, QString(), cuts);
-                    });
+                    split(SplitRule{false, QString(), *indexes});
                     return QString();
                 });
         }));
@@ -493,6 +487,9 @@ void MainWindow::commandSplitSelectedCellsHorizontally() {
 }
 void MainWindow::commandSplitSelectedCellsVertically() {
     promptForSplit(false);
+}
+void MainWindow::commandSplitSelectedCellsHorizontallyMoveRestOfRowRight() {
+    promptForSplit(true, true);
 }
 
 void MainWindow::promptForKeepPart(bool left) {
@@ -625,4 +622,22 @@ void MainWindow::commandFillSelectedCellsWithUuidGuid() {
                               v->fillSelectedCellsWithUuids(version, UuidForm(index));
                           });
                       }));
+}
+
+// An ID column already there only has its gaps numbered; a new one asks
+// where its numbers start.
+void MainWindow::commandAddOrUpdateIdColumn() {
+    TableView* view = transformTarget();
+    if (!view) return;
+    if (const int col = view->idColumn(); col >= 0) {
+        runTransform([col](TableView* v) { v->updateIdColumn(col); });
+        return;
+    }
+    promptForText(QStringLiteral("First ID Number:"), QString(), [this](const QString& answer) {
+        bool ok = false;
+        const qint64 first = answer.trimmed().toLongLong(&ok);
+        if (!ok) return QStringLiteral("Must be a whole number.");
+        runTransform([first](TableView* v) { v->addIdColumn(first); });
+        return QString();
+    });
 }

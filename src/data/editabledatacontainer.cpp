@@ -604,6 +604,20 @@ bool anyChosen(int start, int end, SelectionMode mode, const IndexList& list, F&
     return false;
 }
 
+// Runs `work(first, last)` over [0, n), on two threads for many rows: each
+// row is its own block, so halves never meet.
+template <class Work> void splitRows(int n, Work&& work) {
+    constexpr int kSplitRows = 200000;
+    if (n < kSplitRows) {
+        work(0, n);
+        return;
+    }
+    const int middle = n / 2;
+    std::thread helper([&] { work(middle, n); });
+    work(0, middle);
+    helper.join();
+}
+
 // Rebuilding a row reuses one gathering buffer per thread, so an edit
 // allocates only the row's new block.
 PackedRowBuilder& rowBuilder() {
@@ -870,19 +884,26 @@ bool EditableDataContainer::insertColumns(int column, int count) {
         column_count = column + count;
         return true;
     }
-    for (PackedRow& r : rows) {
-        if (!reachesColumn(r, column)) continue;
-        const int n = r.size();
-        PackedRowBuilder& b = rowBuilder();
-        b.appendCells(r, 0, std::min(column, n));
-        if (n > column) {
-            b.appendEmpty(count);
-            b.appendCells(r, column, n);
+    const std::vector<QByteArrayView> empties(static_cast<size_t>(count));
+    splitRows(rows.size(), [&](int from, int to) {
+        for (int i = from; i < to; ++i) {
+            PackedRow& r = rows[i];
+            if (!reachesColumn(r, column)) continue;
+            const int n = r.size();
+            // In the block itself where the row has a cell there; a row
+            // reached only by marks, or whose offsets would widen, is rebuilt.
+            if (n > column && r.insertCells(column, empties.data(), count)) continue;
+            PackedRowBuilder& b = rowBuilder();
+            b.appendCells(r, 0, std::min(column, n));
+            if (n > column) {
+                b.appendEmpty(count);
+                b.appendCells(r, column, n);
+            }
+            b.copyMarks(r, 0, column, 0);
+            b.copyMarks(r, column, r.markedSize(), count);
+            r = b.build();
         }
-        b.copyMarks(r, 0, column, 0);
-        b.copyMarks(r, column, r.markedSize(), count);
-        r = b.build();
-    }
+    });
     column_count += count;
     return true;
 }
@@ -1194,20 +1215,6 @@ PackedRow rowFromCapture(StoredCells::Reader& reader, int width) {
     return b.build();
 }
 
-// Runs `work(first, last)` over [0, n), on two threads for many rows: each
-// row is its own block, so halves never meet.
-template <class Work> void splitRows(int n, Work&& work) {
-    constexpr int kSplitRows = 200000;
-    if (n < kSplitRows) {
-        work(0, n);
-        return;
-    }
-    const int middle = n / 2;
-    std::thread helper([&] { work(middle, n); });
-    work(0, middle);
-    helper.join();
-}
-
 } // namespace
 
 StoredCells EditableDataContainer::captureRowRuns(const LineRuns& runs) const {
@@ -1327,26 +1334,10 @@ void EditableDataContainer::removeColumnRuns(const LineRuns& runs) {
         for (int r = from; r < to; ++r) {
             PackedRow& row = rows[r];
             if (!reachesColumn(row, first)) continue;
-            // In the block itself when the row has no quote marks, from the
-            // last run down so that positions hold.
-            if (!row.hasMarks()) {
-                for (auto it = runs.rbegin(); it != runs.rend(); ++it)
-                    row.eraseCells(it->start, it->end());
-                continue;
-            }
-            // The kept stretches between the runs, each in one go.
-            PackedRowBuilder& b = rowBuilder();
-            const int n = row.size();
-            int kept_from = 0, shift = 0;
-            for (const LineRun& run : runs) {
-                b.appendCells(row, std::min(kept_from, n), std::min(run.start, n));
-                b.copyMarks(row, kept_from, run.start, -shift);
-                shift += run.length;
-                kept_from = run.end();
-            }
-            b.appendCells(row, std::min(kept_from, n), n);
-            b.copyMarks(row, kept_from, row.markedSize(), -shift);
-            row = b.build();
+            // In the block itself, from the last run down so that positions
+            // hold: no allocation, and the freed room serves the undo.
+            for (auto it = runs.rbegin(); it != runs.rend(); ++it)
+                row.eraseCells(it->start, it->end());
         }
     });
     column_count -= removed;
@@ -1379,14 +1370,17 @@ void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredC
                 }
             }
             if (last_put < 0 && !any && !reachesColumn(row, first)) continue;
-            if (!any && !row.hasMarks() && !row.isNull()) {
+            const bool marks = row.hasMarks();
+            if ((!any || marks) && !row.isNull()) {
                 // In the block itself: each run where the row reaches it,
-                // none past its end when nothing there holds bytes.
+                // none past its end when nothing there holds bytes. Marks
+                // past a row's end would have to move with no cell to put,
+                // so such a row is rebuilt.
                 int size = row.size(), j0 = 0;
                 bool fits = true;
                 for (const LineRun& run : runs) {
                     if (run.start > size) {
-                        fits = last_put < j0;
+                        fits = last_put < j0 && !marks;
                         break;
                     }
                     size += run.length;
@@ -1398,7 +1392,8 @@ void EditableDataContainer::insertColumnRuns(const LineRuns& runs, const StoredC
                     for (; done < runs.size(); ++done) {
                         const LineRun& run = runs[done];
                         if (run.start > row.size()) break;
-                        if (!row.insertCells(run.start, put.data() + j, run.length)) {
+                        if (!row.insertCells(run.start, put.data() + j, run.length,
+                                             put_quoted.data() + j)) {
                             fits = false;
                             break;
                         }

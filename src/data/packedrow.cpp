@@ -233,49 +233,119 @@ bool PackedRow::replaceCell(int i, QByteArrayView bytes) {
     return true;
 }
 
+namespace {
 
-bool PackedRow::eraseCells(int from, int to) {
-    if (hasMarks()) return false;
-    const int count = size();
-    to = std::min(to, count);
-    if (!block_ || from < 0 || from >= to) return true;
-    const size_t w = width();
-    const size_t header = headerBytes();
-    const size_t total = size_t(field(1));
-    uint8_t* data = block_ + header;
-    const uint8_t* ends = data + total;
-    const size_t start = from ? size_t(getEnd(ends + size_t(from - 1) * w, w)) : 0;
-    const size_t stop = size_t(getEnd(ends + size_t(to - 1) * w, w));
-    const size_t d = stop - start;
-    const size_t k = size_t(to - from);
-    std::memmove(data + start, data + stop, total - stop);
-    const size_t new_total = total - d;
-    // The ends move down with the bytes; each lands at or below where it
-    // was read from, so one pass upwards is safe.
-    uint8_t* new_ends = data + new_total;
-    for (size_t i = 0; i < size_t(from); ++i)
-        putEnd(new_ends + i * w, w, getEnd(ends + i * w, w));
-    for (size_t i = size_t(to); i < size_t(count); ++i)
-        putEnd(new_ends + (i - k) * w, w, getEnd(ends + i * w, w) - d);
-    putEnd(block_ + 1, w, uint64_t(count) - k);
-    putEnd(block_ + 1 + w, w, new_total);
-    return true;
+// A row's mark bits put aside while its block is rearranged, and laid out
+// anew: moved, dropped or added position by position. Rows rarely have more
+// than a few dozen positions, so the bits mostly stay on the stack.
+class MarkBits {
+public:
+    explicit MarkBits(size_t positions) : bytes_((positions + 7) / 8) {
+        if (bytes_ > sizeof small_) large_.assign(bytes_, 0);
+    }
+    uint8_t* data() { return large_.empty() ? small_ : large_.data(); }
+    size_t bytes() const { return bytes_; }
+    void set(size_t i) { data()[i >> 3] |= uint8_t(1u << (i & 7)); }
+
+private:
+    size_t bytes_;
+    uint8_t small_[64] = {};
+    std::vector<uint8_t> large_;
+};
+
+inline bool bitAt(const uint8_t* bits, size_t i) {
+    return (bits[i >> 3] >> (i & 7)) & 1;
 }
 
-bool PackedRow::insertCells(int at, const QByteArrayView* cells, int n) {
-    if (hasMarks() || !block_ || at < 0 || at > size() || n < 0) return false;
-    if (n == 0) return true;
+} // namespace
+
+void PackedRow::eraseCells(int from, int to) {
+    if (!block_ || from < 0 || from >= to) return;
     const size_t w = width();
     const size_t count = size_t(field(0));
     const size_t total = size_t(field(1));
+    const size_t marked = size_t(markedSize());
+    const size_t header = headerBytes();
+    const uint8_t* data = block_ + header;
+    const uint8_t* ends = data + total;
+    // Positions from `to` on move down by the whole span, marks past the
+    // stored cells too; the highest mark left decides the new marked size,
+    // as building the row afresh would.
+    const size_t shift = size_t(to - from);
+    size_t new_marked = 0;
+    MarkBits bits(marked);
+    if (marked) {
+        const uint8_t* old_bits = ends + count * w;
+        const size_t span = marked <= size_t(from) ? marked
+                            : marked <= size_t(to) ? size_t(from)
+                                                   : marked - shift;
+        for (size_t i = 0; i < span; ++i)
+            if (bitAt(old_bits, i < size_t(from) ? i : i + shift)) {
+                bits.set(i);
+                new_marked = i + 1;
+            }
+    }
+    const size_t cut_to = std::min(size_t(to), count);
+    const size_t k = size_t(from) < cut_to ? cut_to - size_t(from) : 0;
+    const size_t start = k && from ? size_t(getEnd(ends + size_t(from - 1) * w, w)) : 0;
+    const size_t stop = k ? size_t(getEnd(ends + (cut_to - 1) * w, w)) : start;
+    const size_t d = stop - start;
+    // With no mark left the header loses its marked field, and everything
+    // after it moves down by one width as well.
+    const size_t new_header = marked && !new_marked ? header - w : header;
+    uint8_t* new_data = block_ + new_header;
+    if (k) {
+        if (new_header != header) std::memmove(new_data, data, start);
+        std::memmove(new_data + start, data + stop, total - stop);
+    } else if (new_header != header) {
+        std::memmove(new_data, data, total);
+    }
+    const size_t new_total = total - d;
+    // The ends move down with the bytes; each lands at or below where it
+    // was read from, so one pass upwards is safe.
+    uint8_t* new_ends = new_data + new_total;
+    for (size_t i = 0; i < size_t(from) && i < count; ++i)
+        putEnd(new_ends + i * w, w, getEnd(ends + i * w, w));
+    for (size_t i = std::max(size_t(from), cut_to); i < count; ++i)
+        putEnd(new_ends + (i - k) * w, w, getEnd(ends + i * w, w) - d);
+    const size_t new_count = count - k;
+    if (new_marked) {
+        std::memcpy(new_ends + new_count * w, bits.data(), (new_marked + 7) / 8);
+        putEnd(block_ + 1 + 2 * w, w, new_marked);
+    } else if (marked) {
+        block_[0] &= uint8_t(~kMarksFlag);
+    }
+    putEnd(block_ + 1, w, new_count);
+    putEnd(block_ + 1 + w, w, new_total);
+}
+
+bool PackedRow::insertCells(int at, const QByteArrayView* cells, int n, const char* quoted) {
+    if (!block_ || at < 0 || at > size() || n < 0) return false;
+    if (n == 0) return true;
+    bool any_quoted = false;
+    for (int j = 0; quoted && j < n; ++j)
+        any_quoted = any_quoted || quoted[j];
+    // A row without marks has no field to hold new ones.
+    if (any_quoted && !hasMarks()) return false;
+    const size_t w = width();
+    const size_t count = size_t(field(0));
+    const size_t total = size_t(field(1));
+    const size_t marked = size_t(markedSize());
     size_t add = 0;
     for (int j = 0; j < n; ++j)
         add += size_t(cells[j].size());
     const size_t new_total = total + add, new_count = count + size_t(n);
+    size_t new_marked = marked > size_t(at) ? marked + size_t(n) : marked;
+    for (int j = n; any_quoted && j-- > 0;)
+        if (quoted[j]) {
+            new_marked = std::max(new_marked, size_t(at + j + 1));
+            break;
+        }
     const uint64_t limit = w == 8 ? UINT64_MAX : (uint64_t(1) << (8 * w)) - 1;
-    if (new_total > limit || new_count > limit) return false;
+    if (new_total > limit || new_count > limit || new_marked > limit) return false;
     const size_t header = headerBytes();
-    const size_t needed = header + new_total + std::max(new_count * w, kSlack);
+    const size_t mark_bytes = (new_marked + 7) / 8;
+    const size_t needed = header + new_total + std::max(new_count * w + mark_bytes, kSlack);
     if (needed > malloc_usable_size(block_)) {
         void* grown = std::realloc(block_, needed);
         if (!grown) throw std::bad_alloc();
@@ -283,6 +353,18 @@ bool PackedRow::insertCells(int at, const QByteArrayView* cells, int n) {
     }
     uint8_t* data = block_ + header;
     const uint8_t* ends = data + total;
+    // The marks are laid out anew before the ends grow over them.
+    MarkBits bits(new_marked);
+    if (new_marked) {
+        const uint8_t* old_bits = ends + count * w;
+        for (size_t i = 0; i < new_marked; ++i) {
+            const bool set = i < size_t(at) ? i < marked && bitAt(old_bits, i)
+                             : i < size_t(at) + size_t(n)
+                                 ? quoted && quoted[i - size_t(at)]
+                                 : i - size_t(n) < marked && bitAt(old_bits, i - size_t(n));
+            if (set) bits.set(i);
+        }
+    }
     uint8_t* new_ends = data + new_total;
     const size_t start = at ? size_t(getEnd(ends + size_t(at - 1) * w, w)) : 0;
     // Ends first, from the top down: each lands at or above where it was
@@ -305,6 +387,10 @@ bool PackedRow::insertCells(int at, const QByteArrayView* cells, int n) {
     for (int j = 0; j < n; ++j) {
         if (!cells[j].isEmpty()) std::memcpy(data + p, cells[j].data(), size_t(cells[j].size()));
         p += size_t(cells[j].size());
+    }
+    if (new_marked) {
+        std::memcpy(new_ends + new_count * w, bits.data(), mark_bytes);
+        putEnd(block_ + 1 + 2 * w, w, new_marked);
     }
     putEnd(block_ + 1, w, new_count);
     putEnd(block_ + 1 + w, w, new_total);

@@ -146,15 +146,17 @@ public:
     // Typing into a selected column rewrites every row's cell at each
     // keystroke, and this keeps that to a move of the row's tail.
     bool replaceCell(int i, QByteArrayView bytes);
-    // Cells [from, to) taken out in the block itself; the block keeps its
-    // room. False, with the row untouched, for a row with quote marks: the
-    // caller rebuilds it. A column removed from millions of rows and put
-    // back then costs no allocation at all.
-    bool eraseCells(int from, int to);
-    // `n` unquoted cells put in before cell `at` (at most size()), growing
-    // the block when it lacks room. False, with the row untouched, for a row
-    // with marks or when the offsets would have to widen.
-    bool insertCells(int at, const QByteArrayView* cells, int n);
+    // Positions [from, to) taken out in the block itself, cells and quote
+    // marks, those after them moving down; the block keeps its room. A
+    // column removed from millions of rows and put back then costs no
+    // allocation at all.
+    void eraseCells(int from, int to);
+    // `n` cells put in before cell `at` (at most size()), marks after them
+    // moving up, growing the block when it lacks room. `quoted`, when given,
+    // marks the new cells: quoted[j] for cells[j]. False, with the row
+    // untouched, when the offsets would have to widen, or when a new cell is
+    // quoted in a row that has no marks yet: the caller rebuilds it.
+    bool insertCells(int at, const QByteArrayView* cells, int n, const char* quoted = nullptr);
 
 private:
     friend class PackedRowBuilder;

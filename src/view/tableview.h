@@ -106,6 +106,10 @@ public:
     // `count` copies of each selected line below (right of) it.
     void duplicateRows(int count);
     void duplicateCols(int count);
+    // Whether `count` new lines at each run of selected lines (`each_line`:
+    // at each selected line, as duplicates are) still fit: the table stays
+    // addressable, and a rough floor of the bytes they take is free memory.
+    bool roomForLines(bool rows, int count, bool each_line) const;
     void transposeTable();
     void transposeSelectedCells();
     // Split each selected cell by `rule` into the cells to its right
@@ -126,6 +130,15 @@ public:
     void selectDuplicates(bool rows, bool based_on_selected);
     void removeAllFilteredOutAndHiddenData();
     void removeExtraneousRowsAndColumns();
+    // The column whose label in the last header row reads "id" in any case,
+    // or -1 (always with no header row).
+    int idColumn() const;
+    // Numbers the ID column's empty data cells after the largest number in
+    // it, as one undo step; nothing when none is empty.
+    void updateIdColumn(int col);
+    // A new first column, "ID" in its last header row and the data rows
+    // numbered from `first`, as one undo step ("Add ID Column").
+    void addIdColumn(qint64 first);
     bool isEditing() const { return context & CellEditing; }
     // "Edit Selected Cell": the main cell's text stays, the cursor at its end.
     void editSelectedCell();

@@ -1,6 +1,7 @@
 // Whole rows and columns on the grid: each command is built from the
 // selection of the moment and pushed as one undo step.
 
+#include "edit/celltransforms.h"
 #include "edit/commands/lines/applyhiddencolscommand.h"
 #include "edit/commands/lines/applyhiddenrowscommand.h"
 #include "edit/commands/lines/duplicatecolscommand.h"
@@ -21,7 +22,12 @@
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 
+#include <QUndoStack>
+
 #include <algorithm>
+#include <climits>
+
+#include <unistd.h>
 
 bool TableView::readyToChange(bool writes) {
     if (writes && table_model->isReadOnly()) return false;
@@ -78,6 +84,27 @@ void TableView::duplicateRows(int count) {
 void TableView::duplicateCols(int count) {
     if (!readyToChange(true)) return;
     pushCommand(new DuplicateColsCommand(table_model, table_model->selectionRanges(), count));
+}
+
+bool TableView::roomForLines(bool rows, int count, bool each_line) const {
+    const TableModel& m = *table_model;
+    const RangeVector& sel = m.selectionRanges();
+    const std::vector<int> selected = rows ? m.selectedRows(sel, true) : m.selectedCols(sel, true);
+    const qint64 points = each_line ? qint64(selected.size()) : qint64(runsOf(selected).size());
+    const qint64 added = points * count;
+    const TableData& d = m.tableData();
+    const qint64 along = rows ? d.numRawRows() : d.numRawColumns();
+    const qint64 across = rows ? d.numRawColumns() : d.numRawRows();
+    if (along + added > INT_MAX - 1) return false;
+    // A new line costs its handle or header entry; a new column an offset
+    // in each row, wide once a row holds many; copies their bytes too. A
+    // typo of a few zeros is refused here rather than ending the program
+    // half way through.
+    const qint64 per_cell = each_line ? 8 : rows ? 0 : 4;
+    const qint64 per_line = 16 + across * per_cell;
+    const long pages = sysconf(_SC_AVPHYS_PAGES), page = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || page <= 0) return true;
+    return added <= qint64(pages) * page / std::max<qint64>(per_line, 1);
 }
 
 void TableView::transposeTable() {
@@ -193,6 +220,61 @@ void TableView::removeSelectedCellsAndRestOfLines(bool rows) {
     command->set_selection = true;
     command->setSelection(sel);
     pushCommand(command);
+}
+
+// ---- The ID column ----
+
+int TableView::idColumn() const {
+    const TableModel& m = *table_model;
+    const int header = m.numHeaderRows();
+    if (header == 0 || m.tableData().numModelRows() < header) return -1;
+    QStringList labels;
+    for (int c = 0; c < m.tableData().numModelColumns(); ++c)
+        labels << m.cellText(header - 1, c);
+    return findIdColumn(labels);
+}
+
+void TableView::updateIdColumn(int col) {
+    if (!readyToChange(true) || col < 0) return;
+    const TableModel& m = *table_model;
+    const int first = m.numHeaderRows(), end = m.tableData().numModelRows();
+    if (first >= end) return;
+    QStringList cells;
+    for (const QString& text : lineTexts(m, false, col, first, end - 1))
+        cells << text;
+    const QStringList filled = fillIdColumn(cells);
+    if (filled == cells) return;
+    auto* command = new SetModelDataCommand(
+        table_model, {lineRange(false, col, first, {filled.begin(), filled.end()})}, false, true);
+    command->set_selection = true;
+    command->setSelection(m.selectionRanges());
+    pushCommand(command);
+}
+
+void TableView::addIdColumn(qint64 first) {
+    if (!readyToChange(true)) return;
+    const TableModel& m = *table_model;
+    const int header = m.numHeaderRows(), rows = m.tableData().numModelRows();
+    // A table with neither header nor rows still gets one numbered row;
+    // one too short for its header grows to it as "ID" is written.
+    const int numbered = std::max(rows - header, header == 0 && rows == 0 ? 1 : 0);
+    std::vector<QString> texts;
+    if (header > 0) texts.push_back(QStringLiteral("ID"));
+    for (const QString& id : idSequence(first, numbered))
+        texts.push_back(id);
+    Range at(0, 0, Range::Model);
+    at.is_main = true;
+    undo_stack->beginMacro(QStringLiteral("Add ID Column"));
+    pushCommand(new InsertColsCommand(table_model, {at}, 1, true));
+    Range column = Range::line(0, Range::Column, Range::Model);
+    column.is_main = true;
+    column.main_offset = std::max(header - 1, 0);
+    auto* command = new SetModelDataCommand(
+        table_model, {lineRange(false, 0, std::max(header - 1, 0), std::move(texts))}, false, true);
+    command->set_selection = true;
+    command->setSelection({column});
+    pushCommand(command);
+    undo_stack->endMacro();
 }
 
 void TableView::transposeSelectedCells() {

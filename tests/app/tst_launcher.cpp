@@ -164,6 +164,7 @@ private slots:
             QString answer;
             QString error; // empty: accepted
             std::function<bool(MainWindow&)> check;
+            std::function<void(MainWindow&)> setup = {};
         };
         auto model = [](MainWindow& w) { return w.currentView()->model(); };
         const std::vector<Case> cases = {
@@ -251,10 +252,76 @@ private slots:
              "klingon",
              "Unknown encoding.",
              {}},
+            // The lines commands, from the top left cell of a 4 x 2 table.
+            {"insert rows",
+             &MainWindow::commandInsertRowsBeforeMultipleTimes,
+             "3",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->tableData().numRawRows() == 7 &&
+                        model(w)->cellText(3, 0) == u"a" && model(w)->cellText(0, 0).isEmpty();
+             }},
+            {"insert rows zero",
+             &MainWindow::commandInsertRowsBeforeMultipleTimes,
+             "0",
+             "Must be a whole number 1 or greater.",
+             {}},
+            {"insert columns past what a table holds",
+             &MainWindow::commandInsertColumnsBeforeMultipleTimes,
+             "2147483000",
+             "Too many: that many new columns would not fit in the table or in free memory.",
+             {}},
+            {"duplicate columns",
+             &MainWindow::commandDuplicateColumnsMultipleTimes,
+             "2",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->tableData().numRawColumns() == 4 &&
+                        model(w)->cellText(3, 2) == u"5" && model(w)->cellText(3, 3) == u"6";
+             }},
+            {"duplicate rows, words",
+             &MainWindow::commandDuplicateRowsMultipleTimes,
+             "twice",
+             "Must be a whole number 1 or greater.",
+             {}},
+            {"move above row",
+             &MainWindow::commandMoveRowsJustAboveRow,
+             "row 3",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->cellText(1, 0) == u"3" && model(w)->cellText(2, 0) == u"a" &&
+                        model(w)->cellText(3, 0) == u"5";
+             }},
+            {"move above row, a column",
+             &MainWindow::commandMoveRowsJustAboveRow,
+             "c2",
+             "Must input a row.",
+             {}},
+            {"move left of column",
+             &MainWindow::commandMoveColumnsToTheLeftOfColumn,
+             "col 2",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->cellText(0, 0) == u"b" && model(w)->cellText(0, 1) == u"a";
+             }},
+            {"move left of a lettered column",
+             &MainWindow::commandMoveColumnsToTheLeftOfColumn,
+             "c",
+             {},
+             [&](MainWindow& w) {
+                 return model(w)->cellText(0, 0) == u"b" && model(w)->cellText(0, 1) == u"a";
+             },
+             [&](MainWindow& w) { model(w)->setColumnsAsLetters(true); }},
+            {"move left of column, a row",
+             &MainWindow::commandMoveColumnsToTheLeftOfColumn,
+             "r2",
+             "Must input a column.",
+             {}},
         };
         for (const Case& c : cases) {
             MainWindow w;
             QVERIFY(w.openFile(csv("a,b\n1,2\n3,4\n5,6\n")));
+            if (c.setup) c.setup(w);
             (w.*c.command)();
             Launcher* asked = launcherOf(w);
             QVERIFY2(asked, c.name);

@@ -78,10 +78,10 @@ private slots:
                                 "Prepend Cell Contents",
                                 "Append Cell Contents",
                                 "Trim Selected Cell(s)",
-                                "Fill Selected Cells with UUID/GUID"};
-        const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left",
-                                  "Split Selected Cells Horizontally, Move Rest of Row Right",
-                                  "Add or Update ID Column"};
+                                "Fill Selected Cells with UUID/GUID",
+                                "Split Selected Cells Horizontally, Move Rest of Row Right",
+                                "Add or Update ID Column"};
+        const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left"};
         auto has = [&w](const QString& name) {
             const QByteArray slot = CommandTable::slotName(name) + "()";
             return w.metaObject()->indexOfSlot(QMetaObject::normalizedSignature(slot)) >= 0;
@@ -136,6 +136,58 @@ private slots:
         QVERIFY(w.paneView()->prevOptions().empty());
         QCOMPARE(cell(v, 1, 0), QStringLiteral("10 Apr 2020"));
         QCOMPARE(cell(v, 2, 0), QStringLiteral("later"));
+        QCOMPARE(v->undoStack()->count(), 1);
+    }
+
+    // The split that moves the rest of the row keeps every cell: the parts
+    // go into new columns, in one undo step.
+    void splitMovingRestOfRow() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("h,g\na b c,z\n")));
+        TableView* v = w.currentView();
+        v->model()->selectSingleCell(Range(1, 0, Range::Model));
+        w.commandSplitSelectedCellsHorizontallyMoveRestOfRowRight();
+        answer(w, QStringLiteral("Split by Index"));
+        answer(w, QStringLiteral("x"));
+        QCOMPARE(launcherOf(w)->guideText(),
+                 QStringLiteral("Must input a valid index (or indexes)."));
+        answer(w, QStringLiteral("2 4"));
+        QVERIFY(!launcherOf(w));
+        const QStringList row{cell(v, 1, 0), cell(v, 1, 1), cell(v, 1, 2), cell(v, 1, 3)};
+        QCOMPARE(row, (QStringList{"a ", "b ", "c", "z"}));
+        QCOMPARE(cell(v, 0, 3), QStringLiteral("g"));
+        QCOMPARE(v->undoStack()->count(), 1);
+        v->undoStack()->undo();
+        QCOMPARE(cell(v, 1, 0), QStringLiteral("a b c"));
+        QCOMPARE(cell(v, 1, 1), QStringLiteral("z"));
+    }
+
+    // A table without an ID column asks where to start and gets one in a
+    // single step; one with it only has its gaps numbered, asking nothing.
+    void idColumn() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("name\nx\ny\n")));
+        TableView* v = w.currentView();
+        w.commandAddOrUpdateIdColumn();
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("First ID Number:"));
+        answer(w, QStringLiteral("one"));
+        QCOMPARE(launcherOf(w)->guideText(), QStringLiteral("Must be a whole number."));
+        answer(w, QStringLiteral("10"));
+        QVERIFY(!launcherOf(w));
+        QCOMPARE((QStringList{cell(v, 0, 0), cell(v, 1, 0), cell(v, 2, 0), cell(v, 2, 1)}),
+                 (QStringList{"ID", "10", "11", "y"}));
+        QCOMPARE(v->undoStack()->count(), 1);
+        v->undoStack()->undo();
+        QCOMPARE(v->model()->tableData().numRawColumns(), 1);
+        QCOMPARE(cell(v, 0, 0), QStringLiteral("name"));
+
+        MainWindow again;
+        QVERIFY(again.openFile(csv("n,Id\na,3\nb,\nc,x\nd,\n")));
+        v = again.currentView();
+        again.commandAddOrUpdateIdColumn();
+        QVERIFY(!launcherOf(again));
+        QCOMPARE((QStringList{cell(v, 1, 1), cell(v, 2, 1), cell(v, 3, 1), cell(v, 4, 1)}),
+                 (QStringList{"3", "4", "x", "5"}));
         QCOMPARE(v->undoStack()->count(), 1);
     }
 

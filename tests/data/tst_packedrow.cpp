@@ -149,6 +149,76 @@ private slots:
         }
     }
 
+    // Positions taken out of a row in its block, and put back, leave it as
+    // rows built afresh would be: cells, marks (past the cells too), and no
+    // marks field once the last mark is gone.
+    void eraseAndInsertInPlace() {
+        QRandomGenerator rng(23);
+        int put_back = 0;
+        for (int round = 0; round < 4000; ++round) {
+            const int n = int(rng.bounded(round % 7 == 0 ? 40 : 10));
+            const int positions = n + int(rng.bounded(4)); // marks may pass the cells
+            std::vector<QByteArray> cells;
+            std::vector<char> marks(size_t(positions), 0);
+            PackedRowBuilder b;
+            for (int k = 0; k < n; ++k) {
+                cells.emplace_back(int(rng.bounded(round % 11 == 0 ? 70 : 6)), char('a' + k % 26));
+                b.append(cells.back());
+            }
+            for (int k = 0; k < positions; ++k)
+                if (rng.bounded(round % 3 == 0 ? 2 : 6) == 0) {
+                    marks[size_t(k)] = 1;
+                    b.mark(k);
+                }
+            PackedRow row = b.build();
+            const int from = int(rng.bounded(positions + 1));
+            const int to = from + 1 + int(rng.bounded(3));
+            auto rebuilt = [&](const std::vector<QByteArray>& c, const std::vector<char>& m) {
+                PackedRowBuilder e;
+                for (const QByteArray& bytes : c)
+                    e.append(bytes);
+                for (size_t k = 0; k < m.size(); ++k)
+                    if (m[k]) e.mark(int(k));
+                return e.build();
+            };
+            auto same = [&](const PackedRow& got, const PackedRow& want, const char* step) {
+                const QByteArray where = QByteArray(step) + " round " + QByteArray::number(round);
+                QVERIFY2(got.size() == want.size(), where);
+                QVERIFY2(got.markedSize() == want.markedSize(), where);
+                QVERIFY2(got.hasMarks() == want.hasMarks(), where);
+                for (int k = 0; k < want.size(); ++k)
+                    QVERIFY2(got.cell(k) == want.cell(k), where);
+                for (int k = 0; k < want.markedSize() + 2; ++k)
+                    QVERIFY2(got.isQuoted(k) == want.isQuoted(k), where);
+            };
+            // What the erase leaves, position by position.
+            std::vector<QByteArray> kept_cells = cells;
+            std::vector<char> kept_marks = marks;
+            std::vector<QByteArrayView> taken;
+            std::vector<char> taken_marks;
+            for (int k = from; k < to; ++k) {
+                taken_marks.push_back(k < positions && marks[size_t(k)]);
+                if (k < n) taken.emplace_back(cells[size_t(k)]);
+            }
+            if (from < n)
+                kept_cells.erase(kept_cells.begin() + from, kept_cells.begin() + std::min(to, n));
+            if (from < positions)
+                kept_marks.erase(kept_marks.begin() + from,
+                                 kept_marks.begin() + std::min(to, positions));
+            row.eraseCells(from, to);
+            same(row, rebuilt(kept_cells, kept_marks), "erase");
+            // Put back where the row still reaches, as an undo does.
+            if (from > row.size() || taken.size() != size_t(to - from)) continue;
+            if (row.insertCells(from, taken.data(), int(taken.size()), taken_marks.data())) {
+                same(row, rebuilt(cells, marks), "insert");
+                ++put_back;
+            } else {
+                same(row, rebuilt(kept_cells, kept_marks), "refused insert");
+            }
+        }
+        QVERIFY(put_back > 1000);
+    }
+
     void wholeLineMatchesAppending() {
         QRandomGenerator rng(31);
         for (int round = 0; round < 2000; ++round) {
