@@ -353,8 +353,22 @@ void MainWindow::reloadFile(TableView* view) {
     if (!view) return;
     const QString path = view->model()->tableData().filepath();
     if (path.isEmpty()) return;
+    std::vector<FilterData> kept;
+    if (retain_sort_and_filters) kept = view->model()->filterList();
     view->undoStack()->clear();
     loadView(view, path);
+    if (kept.empty()) return;
+    // The lines the user kept in view by editing are other lines now.
+    for (FilterData& f : kept)
+        f.exceptions.clear();
+    TableModel* m = view->model();
+    if (!m->tableData().isLoading()) {
+        m->applyFilters(std::move(kept));
+        return;
+    }
+    connect(
+        m, &TableModel::loadFinishedSignal, m, [m, kept] { m->applyFilters(kept); },
+        Qt::SingleShotConnection);
 }
 
 bool MainWindow::saveBeforeReload(TableView* view) {

@@ -431,7 +431,11 @@ void TableModel::load(const QString& filepath, bool asynchronous) {
     user_hidden_cols.clear();
     filtered_rows.clear();
     filtered_cols.clear();
+    // A new file's lines are other lines: none of them is hidden.
+    table_data.setHiddenRows({});
+    table_data.setHiddenColumns({});
     emit removeContextSignal(FiltersPresent);
+    emit removeContextSignal(HiddenPresent);
     file_.setFileName(filepath);
     table_data.setLineEnding(line_ending);
     table_data.setExtension(extension_);

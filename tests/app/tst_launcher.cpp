@@ -398,6 +398,35 @@ private slots:
     // files: a bad column asked again, typing highlights in the source, "*"
     // takes every column but the key, blanks take the current file, the
     // first column and "Insert new columns"; one step on the destination.
+    // The filter chain: a line that names nothing keeps the question, the
+    // text filters the table; the clear list removes it; a reload keeps the
+    // filters when the setting says so.
+    void filterChainAndReload() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("n,v\na,1\nb,2\na,3\nc,4\n")));
+        TableModel* m = w.currentView()->model();
+        w.commandAddFilter();
+        answer(w, QStringLiteral("zz"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Column or Row to Filter:"));
+        answer(w, QStringLiteral("0"));
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Edit Filter for Column 0:"));
+        answer(w, QStringLiteral("A"));
+        QCOMPARE(m->tableData().numModelRows(), 3);
+        QCOMPARE(m->filterList().front().filter_string, QStringLiteral("A"));
+
+        w.commandReloadFile();
+        QCOMPARE(m->filterList().size(), size_t(1));
+        QCOMPARE(m->tableData().numModelRows(), 3);
+
+        w.commandRemoveIndividualFilters();
+        Launcher* l = launcherOf(w);
+        QCOMPARE(l->promptText(), QStringLiteral("Clear Filter:"));
+        QCOMPARE(shown(l), QStringList{QStringLiteral("Column 0: A")});
+        key(l, Qt::Key_Return);
+        QVERIFY(m->filterList().empty());
+        QCOMPARE(m->tableData().numModelRows(), 5);
+    }
+
     void columnLookupChain() {
         MainWindow w;
         auto write = [this](const char* name, const QByteArray& bytes) {
