@@ -278,6 +278,7 @@ public slots:
     void commandGoToCell();
     void commandSelectFromMainCellTo();
     void commandMoveCellContentsTo();
+    void commandDuplicateCellContentsTo();
     void commandReloadFileWithDelimiter();
     void commandReloadFileWithEncoding();
     void commandReloadFileWithParsingStandard();
@@ -407,6 +408,7 @@ public slots:
     void commandReshapeSelectedCellsColumnWise();
     void commandJoinSelectedCellsHorizontally();
     void commandJoinSelectedCellsVertically();
+    void commandJoinSelectedCellsHorizontallyMoveRestOfRowLeft();
     void commandSplitSelectedCellsHorizontally();
     void commandSplitSelectedCellsVertically();
     void commandSplitSelectedCellsHorizontallyMoveRestOfRowRight();
@@ -460,7 +462,7 @@ private:
     void promptForSeries(const QString& prompt_text,
                          const std::function<void(TableView*, const QString&)>& act);
     void promptForReshape(bool row_wise);
-    void promptForJoin(bool horizontally);
+    void promptForJoin(bool horizontally, bool move_rest = false);
     // With `move_rest`, columns open after each split one so nothing is
     // overwritten ("Split Selected Cells Horizontally, Move Rest of Row Right").
     void promptForSplit(bool horizontally, bool move_rest = false);

@@ -355,20 +355,37 @@ void MainWindow::reloadFile(TableView* view) {
     if (path.isEmpty()) return;
     std::vector<FilterData> kept;
     if (retain_sort_and_filters) kept = view->model()->filterList();
+    const bool was_transposed = view->model()->tableData().isTransposed();
     view->undoStack()->clear();
     loadView(view, path);
     if (kept.empty()) return;
-    // The lines the user kept in view by editing are other lines now.
-    for (FilterData& f : kept)
-        f.exceptions.clear();
     TableModel* m = view->model();
+    // The lines the user kept in view by editing are other lines now; a
+    // table shown transposed comes back as the file has it.
+    for (FilterData& f : kept) {
+        f.exceptions.clear();
+        if (was_transposed) {
+            std::swap(f.range.row, f.range.col);
+            f.range.kind =
+                f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;
+        }
+    }
     if (!m->tableData().isLoading()) {
         m->applyFilters(std::move(kept));
         return;
     }
-    connect(
-        m, &TableModel::loadFinishedSignal, m, [m, kept] { m->applyFilters(kept); },
-        Qt::SingleShotConnection);
+    // Once, after this load: a load that fails drops them.
+    auto done = std::make_shared<QMetaObject::Connection>();
+    auto failed = std::make_shared<QMetaObject::Connection>();
+    *done = connect(m, &TableModel::loadFinishedSignal, m, [m, kept, done, failed] {
+        disconnect(*done);
+        disconnect(*failed);
+        m->applyFilters(kept);
+    });
+    *failed = connect(m, &TableModel::loadFailedSignal, m, [done, failed] {
+        disconnect(*done);
+        disconnect(*failed);
+    });
 }
 
 bool MainWindow::saveBeforeReload(TableView* view) {

@@ -78,20 +78,18 @@ QString escapeHtml(QString text) {
 
 } // namespace
 
+// Lines are named as the grid labels them: by their place in the data.
 QString MainWindow::filterLineName(TableView* view, FilterLine line) const {
     const TableModel& m = *view->model();
-    const TableData& d = m.tableData();
     if (line.kind == FilterLine::kRow)
-        return QStringLiteral("Row %1").arg(d.modelRowFromRaw(line.row, true) + m.firstRowIndex());
-    const int col = d.modelColumnFromRaw(line.col, true);
+        return QStringLiteral("Row %1").arg(line.row + m.firstRowIndex());
     return QStringLiteral("Column %1")
-        .arg(m.columnsAsLetters() ? columnIndexToLetters(col + 1)
-                                  : QString::number(col + m.firstColIndex()));
+        .arg(m.columnsAsLetters() ? columnIndexToLetters(line.col + 1)
+                                  : QString::number(line.col + m.firstColIndex()));
 }
 
 FilterLine MainWindow::readFilterLine(TableView* view, const QString& text) const {
     const TableModel& m = *view->model();
-    const TableData& d = m.tableData();
     int row = -1, col = -1;
     const QString answer = text.trimmed();
     if (answer.isEmpty()) return {};
@@ -102,13 +100,11 @@ FilterLine MainWindow::readFilterLine(TableView* view, const QString& text) cons
     // A cell names no single line.
     if ((row < 0) == (col < 0)) return {};
     if (row >= 0) {
-        const int model_row = row - m.firstRowIndex();
-        if (model_row < 0) return {};
-        return FilterLine::forRow(d.rawRowFromModel(model_row));
+        const int raw = row - m.firstRowIndex();
+        return raw < 0 ? FilterLine() : FilterLine::forRow(raw);
     }
-    const int model_col = col - (m.columnsAsLetters() ? 1 : m.firstColIndex());
-    if (model_col < 0) return {};
-    return FilterLine::forColumn(d.rawColumnFromModel(model_col));
+    const int raw = col - (m.columnsAsLetters() ? 1 : m.firstColIndex());
+    return raw < 0 ? FilterLine() : FilterLine::forColumn(raw);
 }
 
 void MainWindow::highlightFilterLine(TableView* view, FilterLine line) {
@@ -205,7 +201,8 @@ void MainWindow::promptForFilterList(bool to_clear) {
     TableView* view = currentView();
     if (!view) return;
     std::vector<FilterData> list = view->model()->filterList();
-    // By column, then by row; row filters carry no column and come first.
+    // Stably by column, then by row: column filters (which have no row)
+    // come first in column order, then row filters in row order.
     std::stable_sort(list.begin(), list.end(), [](const FilterData& a, const FilterData& b) {
         return a.range.col < b.range.col;
     });

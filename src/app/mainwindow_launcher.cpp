@@ -298,6 +298,11 @@ void MainWindow::commandMoveCellContentsTo() {
     });
 }
 
+void MainWindow::commandDuplicateCellContentsTo() {
+    promptForCell(QStringLiteral("Duplicate Cell Contents To:"),
+                  [](TableView* view, int row, int col) { view->duplicateCellContentsTo(row, col); });
+}
+
 // ---- Settings that take a value ----
 
 void MainWindow::setGlobalSettingFromText(int id, const QString& text) {

@@ -412,16 +412,19 @@ void MainWindow::commandReshapeSelectedCellsColumnWise() {
 
 // ---- String manipulation ----
 
-void MainWindow::promptForJoin(bool horizontally) {
+void MainWindow::promptForJoin(bool horizontally, bool move_rest) {
     if (!transformTarget()) return;
     promptForText(QStringLiteral("Type in a Separator:"),
                   QStringLiteral("For example, a comma or a space.<br>For no separator, press "
                                  "enter.<br>For newline, type <b>\\n</b>.<br>For tab, type "
                                  "<b>\\t</b>."),
-                  [this, horizontally](const QString& answer) {
+                  [this, horizontally, move_rest](const QString& answer) {
                       const QString separator = decodeSeparator(answer);
-                      runTransform([horizontally, separator](TableView* v) {
-                          v->joinSelectedCells(horizontally, separator);
+                      runTransform([horizontally, move_rest, separator](TableView* v) {
+                          if (move_rest)
+                              v->joinSelectedCellsMoveRestLeft(separator);
+                          else
+                              v->joinSelectedCells(horizontally, separator);
                       });
                       return QString();
                   });
@@ -432,6 +435,9 @@ void MainWindow::commandJoinSelectedCellsHorizontally() {
 }
 void MainWindow::commandJoinSelectedCellsVertically() {
     promptForJoin(false);
+}
+void MainWindow::commandJoinSelectedCellsHorizontallyMoveRestOfRowLeft() {
+    promptForJoin(true, true);
 }
 
 void MainWindow::promptForSplit(bool horizontally, bool move_rest) {

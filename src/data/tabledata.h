@@ -144,11 +144,12 @@ public:
     // (`rows_move`), the cells of raw column `index`, one per raw row, else
     // those of raw row `index`. Entry i answers for position i; positions
     // below `first` are not read and answer true. The editable store reads
-    // on two threads when cells decode without a codec, so `test` must be
-    // safe to call from two threads at once; a file on disk is read once in
-    // its own order. Empty while the table loads or reorders.
+    // on two threads when cells decode without a codec, each with its own
+    // test from `make_test`; a file on disk is read once in its own order.
+    // Empty while the table loads or reorders.
+    using CellTest = std::function<bool(const QString&)>;
     std::vector<char> matchLine(bool rows_move, int index, int first,
-                                const std::function<bool(const QString&)>& test) const;
+                                const std::function<CellTest()>& make_test) const;
     // Whether cells decode without shared state, so threads may read them.
     bool decodesWithoutCodec() const { return encoding == Utf8 || encoding == Iso8859_1; }
     int rawRowFromModel(int model_row, bool no_swap = false) const;

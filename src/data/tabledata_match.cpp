@@ -18,7 +18,7 @@ constexpr int kThreadedLines = 20000;
 } // namespace
 
 std::vector<char> TableData::matchLine(bool rows_move, int index, int first,
-                                       const std::function<bool(const QString&)>& test) const {
+                                       const std::function<CellTest()>& make_test) const {
     if (!container || loading || reordering || index < 0) return {};
     const bool stored_rows = rows_move != transposed;
     const int count = stored_rows ? num_raw_rows : num_raw_cols;
@@ -26,7 +26,7 @@ std::vector<char> TableData::matchLine(bool rows_move, int index, int first,
     std::vector<char> out(size_t(std::max(count, 0)), char(1));
     if (index >= across) {
         // A line past the data holds only empty cells.
-        const bool empty_passes = test(QString());
+        const bool empty_passes = make_test()(QString());
         std::fill(out.begin() + std::clamp(first, 0, count), out.end(), char(empty_passes));
         return out;
     }
@@ -37,6 +37,7 @@ std::vector<char> TableData::matchLine(bool rows_move, int index, int first,
         // The file is read in its own order; positions find their line
         // through the index map.
         std::vector<char> by_file(out.size(), char(1));
+        const CellTest test = make_test();
         auto take = [&](int i, QByteArrayView bytes) {
             if (i >= 0 && size_t(i) < by_file.size())
                 by_file[size_t(i)] = char(test(decodeCell(bytes, encoding, codec)));
@@ -54,6 +55,7 @@ std::vector<char> TableData::matchLine(bool rows_move, int index, int first,
     const auto* c = static_cast<const EditableDataContainer*>(container.get());
     const bool plain_bytes = encoding == Utf8 || encoding == Iso8859_1;
     auto run = [&](int from, int to) {
+        const CellTest test = make_test();
         for (int p = from; p < to; ++p) {
             const QByteArrayView bytes = stored_rows ? c->cellView(p, index) : c->cellView(index, p);
             const bool ascii = plain_bytes && std::all_of(bytes.begin(), bytes.end(),

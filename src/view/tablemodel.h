@@ -300,8 +300,6 @@ public:
     void applyFiltersAndHiddenData(std::vector<FilterData> new_filters,
                                    std::vector<int> hidden_rows, std::vector<int> hidden_cols);
     void applyFilters(std::vector<FilterData> new_filters);
-    // The list as it is, nothing re-applied: lines stay hidden or shown.
-    void setFilterList(std::vector<FilterData> new_filters);
     // Adds to each filter the visible lines it does not match, so that a
     // later application keeps them in view; returns them as ranges.
     RangeVector collectFilterExceptions();

@@ -7,6 +7,7 @@
 #include "data/linetracking.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -72,10 +73,17 @@ std::vector<int> TableModel::filterExclusions(const FilterData& filter) const {
     if (!column_filter && !isRowFilter(filter)) return {};
     const int index = column_filter ? filter.range.col : filter.range.row;
     const int first = column_filter ? num_header_rows : num_header_cols;
-    if (filter.use_regex && filter.regex.isValid()) filter.regex.optimize();
-    const std::vector<char> matched = table_data.matchLine(
-        column_filter, index, first,
-        [&filter](const QString& text) { return ::cellMatchesFilter(filter, text); });
+    // Each reading thread asks its own copy, with a pattern of its own: a
+    // copied pattern would share its compiled form between the threads.
+    const std::vector<char> matched =
+        table_data.matchLine(column_filter, index, first, [&filter]() -> TableData::CellTest {
+            auto own = std::make_shared<FilterData>(filter);
+            if (own->use_regex) {
+                own->regex = QRegularExpression(filter.regex.pattern(), filter.regex.patternOptions());
+                own->regex.optimize();
+            }
+            return [own](const QString& text) { return ::cellMatchesFilter(*own, text); };
+        });
     std::vector<int> out;
     const std::vector<int>& exceptions = filter.exceptions;
     for (int p = first; p < int(matched.size()); ++p)
@@ -111,21 +119,6 @@ void TableModel::applyFilters(std::vector<FilterData> new_filters) {
     applyFiltersAndHiddenData(std::move(new_filters), userHiddenRows(), userHiddenCols());
 }
 
-void TableModel::setFilterList(std::vector<FilterData> new_filters) {
-    for (FilterData& f : new_filters)
-        f.parse();
-    if (filters.empty() && !new_filters.empty()) {
-        // The user's lists start from what is hidden now.
-        user_hidden_rows = rawHiddenRows();
-        user_hidden_cols = rawHiddenCols();
-        filtered_rows.clear();
-        filtered_cols.clear();
-    }
-    filters = std::move(new_filters);
-    updateHiddenContext();
-    emit updateStatusBarSignal();
-}
-
 void TableModel::setContainerHidden(std::vector<int> rows, std::vector<int> cols) {
     rows = cleanLines(std::move(rows), table_data.numRawRows());
     cols = cleanLines(std::move(cols), table_data.numRawColumns());
@@ -145,7 +138,9 @@ RangeVector TableModel::collectFilterExceptions() {
     for (FilterData& f : filters) {
         f.parse();
         const std::vector<int> out = filterExclusions(f);
-        const std::vector<int> hidden = isRowFilter(f) ? rawHiddenCols() : rawHiddenRows();
+        const bool stored_rows = isRowFilter(f) == table_data.isTransposed();
+        const std::vector<int>& hidden =
+            stored_rows ? table_data.hiddenRows() : table_data.hiddenColumns();
         for (const int line : out) {
             if (std::binary_search(hidden.begin(), hidden.end(), line)) continue;
             f.exceptions.push_back(line);

@@ -235,8 +235,10 @@ void TableModel::afterLineChange() {
     emit refreshHeadersSignal();
     if (filters_lost_line) {
         filters_lost_line = false;
-        // The lists as kept: with the last filter gone, the data's hidden
-        // list still holds what it left out.
+        // Lines edited out of a remaining filter's match stay in view. The
+        // lists as kept: with the last filter gone, the data's hidden list
+        // still holds what it left out.
+        collectFilterExceptions();
         applyFiltersAndHiddenData(filters, user_hidden_rows, user_hidden_cols);
     }
 }
@@ -406,6 +408,7 @@ void TableModel::transpose() {
     table_data.setTransposed(!table_data.isTransposed());
     // What was kept by row is now kept by column.
     std::swap(user_hidden_rows, user_hidden_cols);
+    std::swap(filtered_rows, filtered_cols);
     for (FilterData& f : filters) {
         std::swap(f.range.row, f.range.col);
         f.range.kind = f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;

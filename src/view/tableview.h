@@ -82,6 +82,8 @@ public:
     // menu's commands do.
     void moveCellContents(int row_offset, int col_offset);
     void duplicateCellContents(Direction direction);
+    // The selected blocks copied so that the main one starts at the cell.
+    void duplicateCellContentsTo(int model_row, int model_col);
     // ---- Whole rows and columns (tableview_lines.cpp) ----
     // Each pushes one undo step, or nothing when it would change nothing.
     // `count` 0: before (or after) each run of selected lines, as many lines
@@ -189,6 +191,9 @@ public:
     // Each member's rows (horizontally) or columns joined into their first
     // cell, the others emptied.
     void joinSelectedCells(bool horizontally, const QString& separator);
+    // The horizontal join, then the cells it emptied removed with the rest
+    // of their rows moving left: one undo step.
+    void joinSelectedCellsMoveRestLeft(const QString& separator);
     // Each selected cell's parts go to it and the cells to its right (or
     // below), over what is there. By delimiter, or with `by_index` at the
     // given character indexes.
@@ -347,6 +352,7 @@ private:
     bool handleEditingKey(QKeyEvent* e);
     // Ends a running edit; false when the table may not change.
     bool readyToChange(bool writes);
+    bool readyToFilter();
     void applyHidden(bool rows, std::vector<int> hidden);
     void dragEnterEvent(QDragEnterEvent* e) override;
     void dragMoveEvent(QDragMoveEvent* e) override;

@@ -227,6 +227,12 @@ void TableView::duplicateCellContents(Direction direction) {
                                                  int(direction)));
 }
 
+void TableView::duplicateCellContentsTo(int model_row, int model_col) {
+    if (table_model->isReadOnly()) return;
+    pushCommand(new DuplicateCellContentsCommand(table_model, table_model->selectionRanges(),
+                                                 model_row, model_col));
+}
+
 void TableView::copyCells(bool with_header) {
     QApplication::clipboard()->setMimeData(table_model->makeMimeData(with_header));
 }

@@ -5,6 +5,8 @@
 #include "view/tablemodel.h"
 #include "view/tableview.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace {
@@ -17,8 +19,13 @@ void pushFilters(TableView* view, TableModel* model, std::vector<FilterData> aft
 
 } // namespace
 
+// A table still loading has no cells to filter by yet.
+bool TableView::readyToFilter() {
+    return !table_model->tableData().isLoading() && readyToChange(false);
+}
+
 void TableView::addFilters(const std::vector<FilterData>& new_filters) {
-    if (!readyToChange(false) || new_filters.empty()) return;
+    if (!readyToFilter() || new_filters.empty()) return;
     table_model->collectFilterExceptions();
     const std::vector<FilterData> before = table_model->filterList();
     std::vector<FilterData> after = before;
@@ -40,7 +47,9 @@ void TableView::addFilter(const FilterData& filter) {
 }
 
 void TableView::removeFilter(FilterLine line) {
-    if (!readyToChange(false)) return;
+    if (!readyToFilter()) return;
+    // The other filters apply again: lines edited out of them stay in view.
+    table_model->collectFilterExceptions();
     const std::vector<FilterData> before = table_model->filterList();
     std::vector<FilterData> after = before;
     std::erase_if(after, [line](const FilterData& f) { return f.range == line; });
@@ -49,12 +58,12 @@ void TableView::removeFilter(FilterLine line) {
 }
 
 void TableView::removeAllFilters() {
-    if (!readyToChange(false) || table_model->filterList().empty()) return;
+    if (!readyToFilter() || table_model->filterList().empty()) return;
     pushFilters(this, table_model, {}, table_model->filterList());
 }
 
 void TableView::refreshFilters() {
-    if (!readyToChange(false) || table_model->filterList().empty()) return;
+    if (!readyToFilter() || table_model->filterList().empty()) return;
     table_model->collectFilterExceptions();
     const std::vector<FilterData> before = table_model->filterList();
     std::vector<FilterData> after = before;
@@ -64,7 +73,7 @@ void TableView::refreshFilters() {
 }
 
 void TableView::filterSelectedWithCellContents(bool rows) {
-    if (!readyToChange(false)) return;
+    if (!readyToFilter()) return;
     const TableModel& m = *table_model;
     const TableData& d = m.tableData();
     const RangeVector& sel = m.selectionRanges();
@@ -74,10 +83,13 @@ void TableView::filterSelectedWithCellContents(bool rows) {
         const int raw = rows ? d.rawRowFromModel(line) : d.rawColumnFromModel(line);
         if (raw < 0) continue;
         QStringList alternatives;
+        QSet<QString> seen;
         for (const int other : across) {
             const QString text = rows ? m.cellText(line, other) : m.cellText(other, line);
-            const QString alternative = escapeFilterString(text).toLower();
-            if (!alternatives.contains(alternative)) alternatives << alternative;
+            QString alternative = escapeFilterString(text).toLower();
+            if (seen.contains(alternative)) continue;
+            seen.insert(alternative);
+            alternatives << std::move(alternative);
         }
         FilterData f(rows ? FilterLine::forRow(raw) : FilterLine::forColumn(raw),
                      alternatives.join(u'|'));

@@ -205,6 +205,35 @@ void TableView::removeSelectedCellsMoveRest(bool rows) {
     pushCommand(command);
 }
 
+void TableView::joinSelectedCellsMoveRestLeft(const QString& separator) {
+    if (!readyToChange(true)) return;
+    const RangeVector before = table_model->selectionRanges();
+    // What the join empties: every selected cell of a member's rows but
+    // the first.
+    RangeVector emptied;
+    for (const Range& r : before) {
+        if (r.kind == Range::Cell || r.kind == Range::Column || r.kind == Range::Invalid) continue;
+        Range rest = Range::wholeTable(Range::Model);
+        rest.row = r.row;
+        rest.row_end = r.kind == Range::Row ? r.row : r.row_end;
+        rest.col = (r.kind == Range::Row ? 0 : r.col) + 1;
+        rest.col_end = r.kind == Range::Row ? Range::kToEnd : r.col_end;
+        if (rest.col_end != Range::kToEnd && rest.col_end < rest.col) continue;
+        emptied.push_back(rest);
+    }
+    undo_stack->beginMacro(QStringLiteral("Join Selected Cells Horizontally, Move Rest of Row Left"));
+    joinSelectedCells(true, separator);
+    if (!emptied.empty()) {
+        emptied.front().is_main = true;
+        emptied.front().main_offset_row = emptied.front().row;
+        emptied.front().main_offset_col = emptied.front().col;
+        table_model->setSelection(emptied, true);
+        removeSelectedCellsMoveRest(true);
+        table_model->setSelection(before, true);
+    }
+    undo_stack->endMacro();
+}
+
 void TableView::removeSelectedCellsAndRestOfLines(bool rows) {
     if (!readyToChange(true)) return;
     const RangeVector& sel = table_model->selectionRanges();

@@ -100,6 +100,7 @@ private slots:
         QCOMPARE(shownIds(m), (QStringList{"r1", "r4", "r5"}));
         view->removeFilter(FilterLine::forColumn(2));
         QCOMPARE(m.filterList().size(), size_t(1));
+        QCOMPARE(shownIds(m), (QStringList{"r1", "r4", "r5"})); // the edit still in view
         view->removeAllFilters();
         QCOMPARE(shownIds(m).size(), 6);
         // Undo walks back through every list.
@@ -140,11 +141,36 @@ private slots:
         QCOMPARE(m.tableData().rawData(m.userHiddenRows().front(), 0).toString(),
                  QStringLiteral("r4"));
 
-        // Transposed, the column filter is a row filter on the same data.
+        // Transposed, the column filter is a row filter on the same data,
+        // and showing the columns hidden by hand leaves its own hidden.
         view->transposeTable();
         QCOMPARE(m.filterList().front().range.kind, FilterLine::kRow);
+        const std::vector<int> filtered = m.rawHiddenCols();
+        m.setHiddenCols({});
+        QCOMPARE(m.rawHiddenCols().size(), filtered.size() - 1);
+        m.setHiddenCols(filtered);
         view->transposeTable();
         QCOMPARE(shownIds(m), (QStringList{"r5", "r2", "r1"}));
+    }
+
+    // A long column is read on two threads: the result is the same as the
+    // filter asked of each cell here.
+    void longColumnOnTwoThreads() {
+        QByteArray bytes = "n,v\n";
+        int expected_regex = 0, expected_below = 0;
+        for (int i = 0; i < 60000; ++i) {
+            const QByteArray v = QByteArray::number(i % 997);
+            bytes += "r" + QByteArray::number(i) + "," + v + "\n";
+            expected_regex += v.startsWith('1');
+            expected_below += i % 997 < 100;
+        }
+        TableView view(false);
+        TableModel& m = *view.model();
+        m.load(files.write(bytes), false);
+        view.addFilter(columnFilter(1, "#^1"));
+        QCOMPARE(m.tableData().numModelRows() - 1, expected_regex);
+        view.addFilter(columnFilter(1, "<100"));
+        QCOMPARE(m.tableData().numModelRows() - 1, expected_below);
     }
 
     void cellContentsBecomeFilter() {

@@ -9,26 +9,62 @@ using namespace cellblocks;
 DuplicateCellContentsCommand::DuplicateCellContentsCommand(TableModel* m, RangeVector selection,
                                                            int dir, QUndoCommand* parent)
     : TableUndoCommand(m, selection, true, parent), direction(dir) {
+    // The neighbour: one block's height or width away.
+    build(
+        selection,
+        [this](int h, int w, int& dr, int& dc) {
+            dr = direction == 0 ? -h : direction == 1 ? h : 0;
+            dc = direction == 2 ? -w : direction == 3 ? w : 0;
+            return true;
+        },
+        true);
+}
+
+DuplicateCellContentsCommand::DuplicateCellContentsCommand(TableModel* m, RangeVector selection,
+                                                           int to_model_row, int to_model_col,
+                                                           QUndoCommand* parent)
+    : TableUndoCommand(m, selection, true, parent), direction(-1) {
+    // Every member moves by the main member's offset to the target cell,
+    // counted on raw lines so that hidden ones between are counted too.
+    Block main_block;
+    bool found = false;
+    for (const Range& member : selection)
+        if (member.is_main) found = rawBlockOf(*model, member, main_block);
+    if (!found && !selection.empty()) found = rawBlockOf(*model, selection.front(), main_block);
+    const TableData& d = model->tableData();
+    const int to_row = to_model_row < d.numModelRows()
+                           ? d.rawRowFromModel(to_model_row)
+                           : to_model_row + d.numHiddenRows();
+    const int to_col = to_model_col < d.numModelColumns()
+                           ? d.rawColumnFromModel(to_model_col)
+                           : to_model_col + d.numHiddenColumns();
+    const int dr = to_row - main_block.r0, dc = to_col - main_block.c0;
+    if (!found || (dr == 0 && dc == 0)) {
+        is_valid = false;
+        return;
+    }
+    build(
+        selection,
+        [dr, dc](int, int, int& r, int& c) {
+            r = dr;
+            c = dc;
+            return true;
+        },
+        false);
+}
+
+void DuplicateCellContentsCommand::build(
+    const RangeVector& selection, const std::function<bool(int, int, int&, int&)>& place,
+    bool select_both) {
     RangeVector after;
     for (const Range& member : selection) {
         Block b;
         if (!rawBlockOf(*model, member, b)) continue;
         const int h = b.r1 - b.r0 + 1, w = b.c1 - b.c0 + 1;
+        int dr = 0, dc = 0;
+        if (!place(h, w, dr, dc)) continue;
         Block t = b;
-        switch (direction) {
-        case 0:
-            t.r0 = b.r0 - h, t.r1 = b.r0 - 1;
-            break;
-        case 1:
-            t.r0 = b.r1 + 1, t.r1 = b.r1 + h;
-            break;
-        case 2:
-            t.c0 = b.c0 - w, t.c1 = b.c0 - 1;
-            break;
-        default:
-            t.c0 = b.c1 + 1, t.c1 = b.c1 + w;
-            break;
-        }
+        t.r0 += dr, t.r1 += dr, t.c0 += dc, t.c1 += dc;
         // Cut at the top or left edge: the rows or columns nearest the
         // source stay, the far ones fall off.
         const int cut_rows = std::max(0, -t.r0), cut_cols = std::max(0, -t.c0);
@@ -52,21 +88,21 @@ DuplicateCellContentsCommand::DuplicateCellContentsCommand(TableModel* m, RangeV
             rows_changed.push_back(r);
         for (int c = t.c0; c <= t.c1 && cols_changed.size() < 1000; ++c)
             cols_changed.push_back(c);
-        Range both = Range::wholeTable(Range::Raw);
-        both.row = std::min(b.r0, t.r0);
-        both.row_end = std::max(b.r1, t.r1);
-        both.col = std::min(b.c0, t.c0);
-        both.col_end = std::max(b.c1, t.c1);
+        Range shown = Range::wholeTable(Range::Raw);
+        shown.row = select_both ? std::min(b.r0, t.r0) : t.r0;
+        shown.row_end = select_both ? std::max(b.r1, t.r1) : t.r1;
+        shown.col = select_both ? std::min(b.c0, t.c0) : t.c0;
+        shown.col_end = select_both ? std::max(b.c1, t.c1) : t.c1;
         if (member.is_main) {
             const RangeVector raw_member = model->toRawSelection(RangeVector{member});
             const auto [mr, mc] = raw_member.front().mainPosition();
-            both.is_main = true;
-            both.main_offset_row = mr;
-            both.main_offset_col = mc;
+            shown.is_main = true;
+            shown.main_offset_row = select_both ? mr : mr + dr;
+            shown.main_offset_col = select_both ? mc : mc + dc;
         }
-        after.push_back(both);
+        after.push_back(shown);
     }
-    is_valid = model->rangesChange(target);
+    is_valid = !target.empty() && model->rangesChange(target);
     redo_selection = after;
 }
 
