@@ -44,8 +44,7 @@ class TestTransformPrompts : public QObject {
     static QString cell(TableView* v, int r, int c) { return v->model()->cellText(r, c); }
 
 private slots:
-    // The rows built here find their slots; those that need inserted or
-    // removed lines stay without one, so disabled.
+    // The rows built here find their slots.
     void commandRowsFindTheirSlots() {
         MainWindow w;
         const QStringList built{"Upper Case",
@@ -80,16 +79,14 @@ private slots:
                                 "Trim Selected Cell(s)",
                                 "Fill Selected Cells with UUID/GUID",
                                 "Split Selected Cells Horizontally, Move Rest of Row Right",
-                                "Add or Update ID Column"};
-        const QStringList waiting{"Join Selected Cells Horizontally, Move Rest of Row Left"};
+                                "Add or Update ID Column",
+                                "Join Selected Cells Horizontally, Move Rest of Row Left"};
         auto has = [&w](const QString& name) {
             const QByteArray slot = CommandTable::slotName(name) + "()";
             return w.metaObject()->indexOfSlot(QMetaObject::normalizedSignature(slot)) >= 0;
         };
         for (const QString& name : built)
             QVERIFY2(has(name), qPrintable(name));
-        for (const QString& name : waiting)
-            QVERIFY2(!has(name), qPrintable(name));
     }
 
     void badAnswerAskedAgain() {
@@ -108,6 +105,52 @@ private slots:
         QCOMPARE(cell(v, 1, 0), QStringLiteral("000012"));
         QCOMPARE(cell(v, 2, 0), QStringLiteral("12a"));
         QCOMPARE(v->undoStack()->count(), 1);
+    }
+
+    // The join that closes the gap: the joined cell first, the rest of the
+    // row moved left over the emptied cells, one step back.
+    void joinMovesRestLeft() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b,c,d\n1,2,3,4\n5,6,7,8\n")));
+        TableView* v = w.currentView();
+        Range block = Range::wholeTable(Range::Model);
+        block.row = 1, block.row_end = 2, block.col = 0, block.col_end = 1;
+        block.is_main = true;
+        block.main_offset_row = 1, block.main_offset_col = 0;
+        v->model()->setMainAndSelection(Range(1, 0, Range::Model), RangeVector{block});
+        w.commandJoinSelectedCellsHorizontallyMoveRestOfRowLeft();
+        answer(w, QStringLiteral("-"));
+        const QStringList row1{cell(v, 1, 0), cell(v, 1, 1), cell(v, 1, 2), cell(v, 1, 3)};
+        QCOMPARE(row1, (QStringList{"1-2", "3", "4", ""}));
+        QCOMPARE(cell(v, 2, 0), QStringLiteral("5-6"));
+        QCOMPARE(cell(v, 0, 1), QStringLiteral("b"));
+        QCOMPARE(v->undoStack()->count(), 1);
+        v->undoStack()->undo();
+        QCOMPARE(cell(v, 1, 1), QStringLiteral("2"));
+        QCOMPARE(cell(v, 2, 3), QStringLiteral("8"));
+    }
+
+    // A block copied to a cell named at the prompt, growing the table; the
+    // undo takes the growth back.
+    void duplicateTo() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("a,b\n1,2\n3,4\n")));
+        TableView* v = w.currentView();
+        Range block = Range::wholeTable(Range::Model);
+        block.row = 1, block.row_end = 2, block.col = 0, block.col_end = 0;
+        block.is_main = true;
+        block.main_offset_row = 1, block.main_offset_col = 0;
+        v->model()->setMainAndSelection(Range(1, 0, Range::Model), RangeVector{block});
+        w.commandDuplicateCellContentsTo();
+        QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Duplicate Cell Contents To:"));
+        answer(w, QStringLiteral("r2, c1"));
+        QCOMPARE(cell(v, 2, 1), QStringLiteral("1"));
+        QCOMPARE(cell(v, 3, 1), QStringLiteral("3"));
+        QCOMPARE(cell(v, 1, 0), QStringLiteral("1"));
+        QCOMPARE(v->model()->tableData().numRawRows(), 4);
+        v->undoStack()->undo();
+        QCOMPARE(cell(v, 2, 1), QStringLiteral("4"));
+        QCOMPARE(v->model()->tableData().numRawRows(), 3);
     }
 
     // Two lists and a field: each answered step goes on the strip, and the
