@@ -41,6 +41,10 @@ void TableView::addFilter(const FilterData& filter) {
 
 void TableView::removeFilter(FilterLine line) {
     if (!readyToChange(false)) return;
+    // The undo applies the old list again: lines in view now that it would
+    // hide (added or edited since it ran) must stay in view, or the lines
+    // later steps counted in view positions are no longer the same ones.
+    table_model->collectFilterExceptions();
     const std::vector<FilterData> before = table_model->filterList();
     std::vector<FilterData> after = before;
     std::erase_if(after, [line](const FilterData& f) { return f.range == line; });
@@ -50,6 +54,8 @@ void TableView::removeFilter(FilterLine line) {
 
 void TableView::removeAllFilters() {
     if (!readyToChange(false) || table_model->filterList().empty()) return;
+    // As in removeFilter: the undo must show what is in view now.
+    table_model->collectFilterExceptions();
     pushFilters(this, table_model, {}, table_model->filterList());
 }
 
