@@ -110,6 +110,36 @@ private slots:
         QCOMPARE(shownIds(m), (QStringList{"r1", "r4", "r5"}));
     }
 
+    // Taking filters away and back: a row edited out of the match stays in
+    // view, so that the undo of a later row move moves the same rows.
+    void removalUndoKeepsRowsInView_data() {
+        QTest::addColumn<bool>("all");
+        QTest::newRow("one filter") << false;
+        QTest::newRow("all filters") << true;
+    }
+    void removalUndoKeepsRowsInView() {
+        QFETCH(bool, all);
+        auto view = makeView();
+        TableModel& m = *view->model();
+        view->addFilter(columnFilter(1, "a*"));
+        m.tableData().fillRaw(1, 1, 1, 1, QStringLiteral("pear"));
+        const QByteArray edited = files.saved(m);
+        Range row = Range::wholeTable(Range::Model);
+        row.row = row.row_end = row.main_offset_row = 1;
+        row.main_offset_col = 0;
+        row.is_main = true;
+        m.setSelection({row}, true);
+        view->moveRowsRelative(1);
+        QCOMPARE(shownIds(m), (QStringList{"r4", "r1", "r5"}));
+        all ? view->removeAllFilters() : view->removeFilter(FilterLine::forColumn(1));
+        QVERIFY(m.filterList().empty());
+        view->undoStack()->undo();
+        QCOMPARE(shownIds(m), (QStringList{"r4", "r1", "r5"}));
+        view->undoStack()->undo();
+        QCOMPARE(files.saved(m), edited);
+        QCOMPARE(shownIds(m), (QStringList{"r1", "r4", "r5"}));
+    }
+
     void filtersFollowTheirLines() {
         auto view = makeView();
         TableModel& m = *view->model();

@@ -111,6 +111,8 @@ private slots:
         QStringList done;
         for (int step = 0; step < 14; ++step) {
             const QByteArray step_before = saved(*view);
+            const std::vector<int> hidden_before_rows = m.rawHiddenRows();
+            const std::vector<int> hidden_before_cols = m.rawHiddenCols();
             const int depth = view->undoStack()->count();
             randomSelection();
             const bool on_rows = pick(2);
@@ -201,6 +203,9 @@ private slots:
                 const QByteArray after = saved(*view);
                 view->commandUndo();
                 QVERIFY2(saved(*view) == step_before, qPrintable(done.join(' ')));
+                QVERIFY2(m.rawHiddenRows() == hidden_before_rows &&
+                             m.rawHiddenCols() == hidden_before_cols,
+                         qPrintable(done.join(' ')));
                 view->commandRedo();
                 QVERIFY2(saved(*view) == after, qPrintable(done.join(' ')));
             }

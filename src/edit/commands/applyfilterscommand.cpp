@@ -34,6 +34,9 @@ void ApplyFiltersCommand::showSelection(const RangeVector& raw_selection) {
 }
 
 void ApplyFiltersCommand::redo() {
+    // Redo runs where the first one ran, so the state before is the same.
+    if (!state_kept) before_state = model->hiddenState();
+    state_kept = true;
     model->applyFilters(filters_after);
     showSelection(selection);
     model->setColSort({2, 1, -1});
@@ -42,20 +45,7 @@ void ApplyFiltersCommand::redo() {
 }
 
 void ApplyFiltersCommand::undo() {
-    // Lines in view now stay in view when the old list comes back. Only
-    // filters the old list has too are asked: the others are dropped anyway.
-    std::vector<FilterData> before = filters_before;
-    if (!before.empty()) model->collectFilterExceptions();
-    for (FilterData& f : before)
-        for (const FilterData& now : model->filterList())
-            if (now.range == f.range) {
-                f.exceptions.insert(f.exceptions.end(), now.exceptions.begin(),
-                                    now.exceptions.end());
-                std::sort(f.exceptions.begin(), f.exceptions.end());
-                f.exceptions.erase(std::unique(f.exceptions.begin(), f.exceptions.end()),
-                                   f.exceptions.end());
-            }
-    model->applyFilters(std::move(before));
+    model->restoreHiddenState(before_state);
     showSelection(selection);
     model->setColSort(col_sort_state.record());
     emit model->refreshHeadersSignal();

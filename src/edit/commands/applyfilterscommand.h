@@ -25,5 +25,10 @@ public:
     RangeVector selection; // raw
 
 private:
+    // Everything hidden before the first redo: undo puts it back as it was
+    // rather than applying the old list again, which would hide lines
+    // added or edited since and move what later steps count in the view.
+    TableModel::HiddenState before_state;
+    bool state_kept = false;
     void showSelection(const RangeVector& raw_selection);
 };
