@@ -41,6 +41,14 @@ class TestTransformPrompts : public QObject {
         r.main_offset = 0;
         v->model()->setMainAndSelection(Range(0, col, Range::Model), RangeVector{r});
     }
+    // Rows r0..r1 by columns c0..c1, the main cell at the top left.
+    static void selectBlock(TableView* v, int r0, int r1, int c0, int c1) {
+        Range block = Range::wholeTable(Range::Model);
+        block.row = r0, block.row_end = r1, block.col = c0, block.col_end = c1;
+        block.is_main = true;
+        block.main_offset_row = r0, block.main_offset_col = c0;
+        v->model()->setMainAndSelection(Range(r0, c0, Range::Model), RangeVector{block});
+    }
     static QString cell(TableView* v, int r, int c) { return v->model()->cellText(r, c); }
 
 private slots:
@@ -113,11 +121,7 @@ private slots:
         MainWindow w;
         QVERIFY(w.openFile(csv("a,b,c,d\n1,2,3,4\n5,6,7,8\n")));
         TableView* v = w.currentView();
-        Range block = Range::wholeTable(Range::Model);
-        block.row = 1, block.row_end = 2, block.col = 0, block.col_end = 1;
-        block.is_main = true;
-        block.main_offset_row = 1, block.main_offset_col = 0;
-        v->model()->setMainAndSelection(Range(1, 0, Range::Model), RangeVector{block});
+        selectBlock(v, 1, 2, 0, 1);
         w.commandJoinSelectedCellsHorizontallyMoveRestOfRowLeft();
         answer(w, QStringLiteral("-"));
         const QStringList row1{cell(v, 1, 0), cell(v, 1, 1), cell(v, 1, 2), cell(v, 1, 3)};
@@ -136,11 +140,7 @@ private slots:
         MainWindow w;
         QVERIFY(w.openFile(csv("a,b\n1,2\n3,4\n")));
         TableView* v = w.currentView();
-        Range block = Range::wholeTable(Range::Model);
-        block.row = 1, block.row_end = 2, block.col = 0, block.col_end = 0;
-        block.is_main = true;
-        block.main_offset_row = 1, block.main_offset_col = 0;
-        v->model()->setMainAndSelection(Range(1, 0, Range::Model), RangeVector{block});
+        selectBlock(v, 1, 2, 0, 0);
         w.commandDuplicateCellContentsTo();
         QCOMPARE(launcherOf(w)->promptText(), QStringLiteral("Duplicate Cell Contents To:"));
         answer(w, QStringLiteral("r2, c1"));
