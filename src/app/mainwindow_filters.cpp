@@ -8,6 +8,7 @@
 #include "paneview.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "widgets/msgbox.h"
 
 #include <algorithm>
 
@@ -302,14 +303,16 @@ void MainWindow::commandFilterSelectedColumnWithRegularExpressions() {
 
 void MainWindow::commandFilterSelectedRowsWithSelectedCellContents() {
     if (TableView* view = currentView()) {
-        view->filterSelectedWithCellContents(true);
+        const QString refused = view->filterSelectedWithCellContents(true);
+        if (!refused.isEmpty()) MsgBox::inform(this, QStringLiteral("Gridmere"), refused);
         updateTab(view);
     }
 }
 
 void MainWindow::commandFilterSelectedColumnsWithSelectedCellContents() {
     if (TableView* view = currentView()) {
-        view->filterSelectedWithCellContents(false);
+        const QString refused = view->filterSelectedWithCellContents(false);
+        if (!refused.isEmpty()) MsgBox::inform(this, QStringLiteral("Gridmere"), refused);
         updateTab(view);
     }
 }

@@ -242,8 +242,9 @@ public:
     // filter's match leave the view, undoably.
     void refreshFilters();
     // One filter per selected row (`rows`) or column, whose alternatives are
-    // the selected cells' texts, matched whole and in any case.
-    void filterSelectedWithCellContents(bool rows);
+    // the selected cells' texts, matched whole and in any case. The reason
+    // when it refuses (too many lines or values), else empty.
+    QString filterSelectedWithCellContents(bool rows);
 
     // The width auto-fit gives a column: five measured strings at most,
     // from at most 100 + eval_precision sampled rows.

@@ -72,11 +72,25 @@ void TableView::refreshFilters() {
     pushFilters(this, table_model, std::move(after), before);
 }
 
-void TableView::filterSelectedWithCellContents(bool rows) {
-    if (!readyToFilter()) return;
+// Each alternative is a text piece every cell is compared with: past these
+// many, filtering would take minutes on a big table.
+constexpr int kMaxContentFilters = 1000;
+constexpr int kMaxContentAlternatives = 1000;
+
+QString TableView::filterSelectedWithCellContents(bool rows) {
+    if (!readyToFilter()) return QString();
     const TableModel& m = *table_model;
     const TableData& d = m.tableData();
     const RangeVector& sel = m.selectionRanges();
+    const QString too_many =
+        QStringLiteral("Too many different values to filter by: at most %L1 %2, with at most "
+                       "%L3 different values each.")
+            .arg(kMaxContentFilters)
+            .arg(rows ? QStringLiteral("rows") : QStringLiteral("columns"))
+            .arg(kMaxContentAlternatives);
+    if ((rows ? m.selectedRows(sel, true) : m.selectedCols(sel, true)).size() >
+        size_t(kMaxContentFilters))
+        return too_many;
     const std::map<int, std::vector<int>> groups = rows ? m.groupByRow(sel) : m.groupByColumn(sel);
     std::vector<FilterData> made;
     for (const auto& [line, across] : groups) {
@@ -88,6 +102,7 @@ void TableView::filterSelectedWithCellContents(bool rows) {
             const QString text = rows ? m.cellText(line, other) : m.cellText(other, line);
             QString alternative = escapeFilterString(text).toLower();
             if (seen.contains(alternative)) continue;
+            if (seen.size() == kMaxContentAlternatives) return too_many;
             seen.insert(alternative);
             alternatives << std::move(alternative);
         }
@@ -97,4 +112,5 @@ void TableView::filterSelectedWithCellContents(bool rows) {
         made.push_back(std::move(f));
     }
     addFilters(made);
+    return QString();
 }
