@@ -34,15 +34,9 @@ int benchFilter(const QStringList& args) {
     }
     TableView view(read_only);
     TableModel* model = view.model();
-    QElapsedTimer load_timer;
-    load_timer.start();
-    model->load(rest[0], false);
-    const double load_s = seconds(load_timer);
+    const double load_s = loadBenchTable(*model, rest[0]);
+    if (load_s < 0) return 1;
     const int rows = model->tableData().numRawRows();
-    if (rows == 0) {
-        std::fprintf(stderr, "cannot read %s\n", qPrintable(rest[0]));
-        return 1;
-    }
     const qint64 bytes = QFileInfo(rest[0]).size();
     struct Case {
         const char* name;

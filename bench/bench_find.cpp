@@ -36,14 +36,8 @@ int benchFind(const QStringList& args) {
     }
     TableView view(false);
     TableModel* model = view.model();
-    QElapsedTimer load_timer;
-    load_timer.start();
-    model->load(rest[0], false);
-    const double load_s = seconds(load_timer);
-    if (model->tableData().numRawRows() == 0) {
-        std::fprintf(stderr, "cannot read %s\n", qPrintable(rest[0]));
-        return 1;
-    }
+    const double load_s = loadBenchTable(*model, rest[0]);
+    if (load_s < 0) return 1;
     struct Case {
         const char* name;
         FindReplaceQuery query;

@@ -1,8 +1,11 @@
 #include "benchgui.h"
 
+#include "view/tablemodel.h"
+
 #include <QApplication>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -30,6 +33,16 @@ int benchGui(int argc, char** argv) {
     if (command == "filter") return benchFilter(args);
     if (command == "lookup") return benchLookup(args);
     return 2;
+}
+
+double loadBenchTable(TableModel& model, const QString& path) {
+    QElapsedTimer timer;
+    timer.start();
+    model.load(path, false);
+    const double load_s = seconds(timer);
+    if (model.tableData().numRawRows() > 0) return load_s;
+    std::fprintf(stderr, "cannot read %s\n", qPrintable(path));
+    return -1;
 }
 
 double seconds(const QElapsedTimer& timer) {

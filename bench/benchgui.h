@@ -20,6 +20,12 @@ int benchSortView(const QStringList& args);
 int benchFilter(const QStringList& args);
 int benchLookup(const QStringList& args);
 
+// Loads FILE into the model on this thread, as the benches on a grid start;
+// the seconds it took, or a negative value (after a message) when nothing
+// could be read.
+class TableModel;
+double loadBenchTable(TableModel& model, const QString& path);
+
 // A timer's reading in seconds and in milliseconds.
 double seconds(const QElapsedTimer& timer);
 double milliseconds(const QElapsedTimer& timer);

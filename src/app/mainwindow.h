@@ -522,6 +522,8 @@ private:
     // into table_views.
     std::vector<OptionData> lookupFileOptions() const;
     TableView* lookupFileFromAnswer(const QString& answer) const;
+    // A file step: the open files as options, the answer to `received`.
+    void promptForLookupFile(const QString& prompt_text, QString (MainWindow::*received)(QString));
     // A column step: its prompt over `view`, answers highlighted there while typed.
     void promptForLookupColumn(const QString& prompt_text, const QString& guide, TableView* view,
                                void (MainWindow::*edited)(QString),

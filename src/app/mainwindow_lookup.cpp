@@ -186,15 +186,18 @@ void MainWindow::commandColumnLookup() {
     onColumnLookupFromFilePrompt();
 }
 
-void MainWindow::onColumnLookupFromFilePrompt() {
+void MainWindow::promptForLookupFile(const QString& prompt_text,
+                                     QString (MainWindow::*received)(QString)) {
     PromptStep step;
-    step.prompt = kFromFileText;
+    step.prompt = prompt_text;
     step.guide = kFileGuide;
     step.options = lookupFileOptions();
-    step.accept = [this](const QString& answer) {
-        return onColumnLookupFromFilePromptReceived(answer);
-    };
+    step.accept = [this, received](const QString& answer) { return (this->*received)(answer); };
     prompt(step);
+}
+
+void MainWindow::onColumnLookupFromFilePrompt() {
+    promptForLookupFile(kFromFileText, &MainWindow::onColumnLookupFromFilePromptReceived);
 }
 
 QString MainWindow::onColumnLookupFromFilePromptReceived(QString answer) {
@@ -263,14 +266,7 @@ QString MainWindow::onColumnLookupFromValueColsPromptReceived(QString answer) {
 }
 
 void MainWindow::onColumnLookupToFilePrompt() {
-    PromptStep step;
-    step.prompt = kToFileText;
-    step.guide = kFileGuide;
-    step.options = lookupFileOptions();
-    step.accept = [this](const QString& answer) {
-        return onColumnLookupToFilePromptReceived(answer);
-    };
-    prompt(step);
+    promptForLookupFile(kToFileText, &MainWindow::onColumnLookupToFilePromptReceived);
 }
 
 QString MainWindow::onColumnLookupToFilePromptReceived(QString answer) {
