@@ -353,39 +353,46 @@ void MainWindow::reloadFile(TableView* view) {
     if (!view) return;
     const QString path = view->model()->tableData().filepath();
     if (path.isEmpty()) return;
-    std::vector<FilterData> kept;
-    if (retain_sort_and_filters) kept = view->model()->filterList();
-    const bool was_transposed = view->model()->tableData().isTransposed();
-    view->undoStack()->clear();
-    loadView(view, path);
-    if (kept.empty()) return;
     TableModel* m = view->model();
-    // The lines the user kept in view by editing are other lines now; a
-    // table shown transposed comes back as the file has it.
-    for (FilterData& f : kept) {
-        f.exceptions.clear();
-        if (was_transposed) {
+    std::vector<FilterData> filters;
+    SortRecord row_sort, col_sort;
+    if (retain_sort_and_filters) {
+        filters = m->filterList();
+        row_sort = m->rowSort();
+        col_sort = m->colSort();
+    }
+    // A table shown transposed comes back as the file has it: what sorted
+    // or filtered its rows now lies across its columns.
+    if (m->tableData().isTransposed()) {
+        for (FilterData& f : filters) {
             std::swap(f.range.row, f.range.col);
             f.range.kind =
                 f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;
         }
+        std::swap(row_sort, col_sort);
+        for (SortRecord* r : {&row_sort, &col_sort})
+            if (r->kind == 0 || r->kind == 1) r->kind = 1 - r->kind;
     }
-    if (!m->tableData().isLoading()) {
-        m->applyFilters(std::move(kept));
-        return;
-    }
-    // Once, after this load: a load that fails drops them.
-    auto done = std::make_shared<QMetaObject::Connection>();
-    auto failed = std::make_shared<QMetaObject::Connection>();
-    *done = connect(m, &TableModel::loadFinishedSignal, m, [m, kept, done, failed] {
-        disconnect(*done);
-        disconnect(*failed);
-        m->applyFilters(kept);
-    });
-    *failed = connect(m, &TableModel::loadFailedSignal, m, [done, failed] {
-        disconnect(*done);
-        disconnect(*failed);
-    });
+    // The lines the user kept in view by editing are other lines now.
+    for (FilterData& f : filters)
+        f.exceptions.clear();
+    const int vertical = view->verticalScrollBar()->value();
+    const int horizontal = view->horizontalScrollBar()->value();
+    view->undoStack()->clear();
+    loadView(view, path);
+    auto restore = [view, filters, row_sort, col_sort, vertical, horizontal] {
+        // The filters go on after the sort, which would re-apply them.
+        view->restoreSort(col_sort) || view->restoreSort(row_sort);
+        if (!filters.empty()) view->model()->applyFilters(filters);
+        view->verticalScrollBar()->setValue(vertical);
+        view->horizontalScrollBar()->setValue(horizontal);
+    };
+    // Once, after this load; a load that fails takes the view, and this
+    // with it.
+    if (m->tableData().isLoading())
+        connect(view, &TableView::loadFinishedSignal, view, restore, Qt::SingleShotConnection);
+    else
+        restore();
 }
 
 bool MainWindow::saveBeforeReload(TableView* view) {
@@ -435,31 +442,25 @@ void MainWindow::onFileChanged(const QString& filepath) {
         return;
     }
     if (refresh_behavior == IgnoreChange) return;
-    if (refresh_behavior == AskOnChange &&
+    TableView* view = viewForPath(absolute);
+    if (!view) return;
+    // Reloading on its own would throw unsaved edits away: then the user
+    // is asked whatever the setting says.
+    const bool unsaved = !view->model()->isReadOnly() && !view->undoStack()->isClean();
+    if ((refresh_behavior == AskOnChange || unsaved) &&
         ask(QStringLiteral("This file has been changed externally.\n"
                            "Would you like to reload it?"),
             {QStringLiteral("&Reload"), QStringLiteral("Do&n't Reload")}) != "&Reload")
         return;
-    TableView* view = viewForPath(absolute);
+    // The question may have been open while the tab was closed.
+    view = viewForPath(absolute);
     if (!view) return;
     if (!QFileInfo::exists(absolute)) {
         closeFile(view);
         return;
     }
-    const int vertical = view->verticalScrollBar()->value();
-    const int horizontal = view->horizontalScrollBar()->value();
     if (!file_watcher.files().contains(absolute)) file_watcher.addPath(absolute);
-    view->undoStack()->clear();
-    loadView(view, absolute);
-    // The scroll position survives the reload once the rows are back.
-    auto restore = [view, vertical, horizontal] {
-        view->verticalScrollBar()->setValue(vertical);
-        view->horizontalScrollBar()->setValue(horizontal);
-    };
-    if (view->model()->tableData().isLoading())
-        connect(view, &TableView::loadFinishedSignal, view, restore, Qt::SingleShotConnection);
-    else
-        restore();
+    reloadFile(view);
 }
 
 // ---- Rename, move, duplicate, delete ----
@@ -578,7 +579,10 @@ void MainWindow::commandCloseAllFiles() {
 }
 
 void MainWindow::commandReloadFile() {
-    reloadFile(currentView());
+    TableView* v = currentView();
+    if (!v) return;
+    if (!v->model()->isReadOnly() && !v->undoStack()->isClean() && !saveBeforeReload(v)) return;
+    reloadFile(v);
 }
 
 void MainWindow::commandMoveFile() {

@@ -19,6 +19,7 @@
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPointer>
 
 namespace {
 
@@ -88,7 +89,18 @@ Launcher* MainWindow::prompt(const PromptStep& step) {
     if (TableView* view = currentView()) launcher->setCurrentFile(view->model()->file().fileName());
     if (step.setup) step.setup(launcher);
     launcher->resizeWithExtra();
-    connect(launcher, &Launcher::launcherResponseSignal, this, [this, step](const QString& answer) {
+    // The answer is for the table the question was about, though the user
+    // may have gone to another tab meanwhile; one closed meanwhile takes the
+    // question with it.
+    const QPointer<TableView> asked_of = currentView();
+    const bool about_a_table = asked_of;
+    connect(launcher, &Launcher::launcherResponseSignal, this,
+            [this, step, asked_of, about_a_table](const QString& answer) {
+        if (about_a_table && !asked_of) {
+            pane_view->closeLauncher();
+            return;
+        }
+        if (asked_of && asked_of != currentView()) setCurrentView(asked_of);
         const QString error = step.accept ? step.accept(answer) : QString();
         if (error.isEmpty()) return;
         // The same question again, the error in place of the guide and the

@@ -17,6 +17,8 @@
 #include <vector>
 
 class HeaderView;
+class SortCommand;
+struct SortRecord;
 class TableDelegate;
 class TableUndoCommand;
 struct SplitRule;
@@ -230,6 +232,10 @@ public:
     // Each selected row (horizontally) or column of cells in itself: one
     // undo step.
     void sortSelectedCells(bool horizontally, int order);
+    // The sort a reload keeps (a column record sorts rows, a row record
+    // columns), made again on the new table. False when there is none, the
+    // line is gone or the user cancels.
+    bool restoreSort(SortRecord record);
 
     // ---- Filters (tableview_filters.cpp) ----
     // Each new filter replaces the one on its line (its exceptions cleared)
@@ -361,6 +367,9 @@ private:
     void startCellDrag();
     // A sort by raw line `index` along `axis` (0: rows move), with progress.
     void sortByLine(int axis, int index, int order);
+    // Makes the sort's command, showing progress on a long table, and hands
+    // it to `finish` while the progress still shows the lines moving.
+    void runSort(int axis, int index, int order, const std::function<void(SortCommand*)>& finish);
 
     TableDelegate* delegate = nullptr;
     RangeVector edit_ranges;

@@ -27,6 +27,33 @@ constexpr float kOrderShare = 0.9f;
 } // namespace
 
 void TableView::sortByLine(int axis, int index, int order) {
+    runSort(axis, index, order, [this](SortCommand* command) { pushCommand(command); });
+}
+
+bool TableView::restoreSort(SortRecord record) {
+    if ((record.order != 0 && record.order != 1) || (record.kind != 0 && record.kind != 1))
+        return false;
+    bool applied = false;
+    // Not an undo step: the sort belongs to the way the table was shown
+    // before the reload, and undoing it would leave a freshly loaded file
+    // marked as changed.
+    runSort(record.kind, record.index, record.order, [this, &applied](SortCommand* command) {
+        if (command->is_valid) {
+            applied = command->axis == 0 ? table_model->sortRowsByColumn(
+                                               command->permutation, command->order, command->index)
+                                         : table_model->sortColsByRow(
+                                               command->permutation, command->order, command->index);
+            emit table_model->refreshHeadersSignal();
+            emit table_model->updateFindReplaceMatchesSignal();
+            refreshView();
+        }
+        delete command;
+    });
+    return applied;
+}
+
+void TableView::runSort(int axis, int index, int order,
+                        const std::function<void(SortCommand*)>& finish) {
     if (model_busy || table_model->tableData().isLoading() || table_model->isSorting()) return;
     if (context & CellEditing) stopEditing(true);
     const bool rows_move = axis == 0;
@@ -37,7 +64,7 @@ void TableView::sortByLine(int axis, int index, int order) {
         auto* command = new SortCommand(table_model, SortState{order, axis, index});
         table_model->sort_takes_input = true;
         model_busy = false;
-        pushCommand(command);
+        finish(command);
         return;
     }
     ProgressDialog dialog(this, QStringLiteral("Sort"),
@@ -63,7 +90,7 @@ void TableView::sortByLine(int axis, int index, int order) {
         base = kOrderShare;
         span = 1.0f - kOrderShare;
     }
-    pushCommand(command);
+    finish(command);
 }
 
 void TableView::sortSelectedColumn(int order) {

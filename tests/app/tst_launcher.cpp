@@ -4,6 +4,7 @@
 #include "commands/settings.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "widgets/msgbox.h"
 
 #include <QFile>
 #include <QLineEdit>
@@ -44,8 +45,8 @@ class TestLauncher : public QObject {
         key(l, Qt::Key_Return);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    QString csv(const QByteArray& bytes) {
-        const QString p = dir.filePath(QStringLiteral("t.csv"));
+    QString csv(const QByteArray& bytes, const QString& name = QStringLiteral("t.csv")) {
+        const QString p = dir.filePath(name);
         QFile f(p);
         if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) f.write(bytes);
         return p;
@@ -414,7 +415,15 @@ private slots:
         QCOMPARE(m->tableData().numModelRows(), 3);
         QCOMPARE(m->filterList().front().filter_string, QStringLiteral("A"));
 
+        // The filter is an undo step: the reload asks before dropping it.
+        QStringList asked;
+        MsgBox::setAutoAnswer([&asked](MsgBox& box) {
+            asked << box.text();
+            box.clickButton(QStringLiteral("Do&n't Save"));
+        });
         w.commandReloadFile();
+        MsgBox::setAutoAnswer({});
+        QCOMPARE(asked.size(), 1);
         QCOMPARE(m->filterList().size(), size_t(1));
         QCOMPARE(m->tableData().numModelRows(), 3);
 
@@ -425,6 +434,24 @@ private slots:
         key(l, Qt::Key_Return);
         QVERIFY(m->filterList().empty());
         QCOMPARE(m->tableData().numModelRows(), 5);
+    }
+
+    // An answer given after a switch to another tab goes to the table the
+    // question was asked about.
+    void answerGoesToTheTableAsked() {
+        MainWindow w;
+        QVERIFY(w.openFile(csv("n\na\nb\n")));
+        TableView* asked = w.currentView();
+        QVERIFY(w.openFile(csv("n\na\nb\n", QStringLiteral("other.csv"))));
+        TableView* other = w.currentView();
+        w.setCurrentView(asked);
+        w.commandAddFilter();
+        answer(w, QStringLiteral("0"));
+        w.setCurrentView(other);
+        answer(w, QStringLiteral("a"));
+        QCOMPARE(w.currentView(), asked);
+        QCOMPARE(asked->model()->filterList().size(), size_t(1));
+        QVERIFY(other->model()->filterList().empty());
     }
 
     void columnLookupChain() {

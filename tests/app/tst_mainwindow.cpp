@@ -252,6 +252,42 @@ private slots:
         QCOMPARE(asked.size(), behavior == AskOnChange ? 1 : 0);
     }
 
+    // A change from outside keeps the table's sort and filters on the new
+    // content. A table with unsaved steps is asked about even when changes
+    // reload on their own, and keeps its edits when the user declines.
+    void outsideChangeKeepsSortFiltersAndEdits() {
+        MainWindow w;
+        w.refresh_behavior = RefreshOnChange;
+        w.retain_sort_and_filters = true;
+        const QString p = write("kept.csv", "k,n\nb,1\na,7\nc,2\n");
+        QVERIFY(w.openFile(p));
+        TableView* v = w.currentView();
+        TableModel* m = v->model();
+        m->selectSingleCell(Range(0, 0, Range::Model));
+        v->sortSelectedColumn(1);
+        v->addFilter(FilterData(FilterLine::forColumn(1), QStringLiteral("<5")));
+        QCOMPARE(cell(v, 1, 0), QStringLiteral("c"));
+        QCOMPARE(m->tableData().numModelRows(), 3);
+
+        answer({"&Reload"});
+        writeFromOutside(p, "k,n\nx,1\nz,3\ny,9\nw,4\n");
+        QTRY_COMPARE(m->tableData().numRawRows(), 5);
+        QCOMPARE(asked.size(), 1);
+        QVERIFY(v->undoStack()->isClean());
+        QCOMPARE(m->colSort().order, 1);
+        QCOMPARE(m->tableData().numModelRows(), 4);
+        QCOMPARE((QStringList{cell(v, 1, 0), cell(v, 2, 0), cell(v, 3, 0)}),
+                 (QStringList{"z", "x", "w"}));
+
+        edit(v, 1, 1, "0");
+        answer({"Do&n't Reload"});
+        writeFromOutside(p, "q\n");
+        QTRY_COMPARE(asked.size(), 2);
+        QTest::qWait(200);
+        QCOMPARE(cell(v, 1, 1), QStringLiteral("0"));
+        QCOMPARE(m->tableData().numRawRows(), 5);
+    }
+
     void ownSavesAreNotReported() {
         MainWindow w;
         w.refresh_behavior = AskOnChange;

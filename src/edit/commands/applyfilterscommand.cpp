@@ -39,8 +39,8 @@ void ApplyFiltersCommand::redo() {
     state_kept = true;
     model->applyFilters(filters_after);
     showSelection(selection);
-    model->setColSort({2, 1, -1});
-    model->setRowSort({2, 0, -1});
+    // The sort records stay: hiding lines leaves the rest in the order their
+    // arrow tells, and a reload that keeps both needs the sort still known.
     emit model->updateFindReplaceMatchesSignal();
 }
 
