@@ -20,27 +20,20 @@ echo "# gridmere: source column 1 (name) by key column 0 into the destination by
 
 echo "# pandas, same files read as text: left merge on the key (insert), then the"
 echo "# column written over 'city' where a key matched (overwrite)"
-/usr/bin/python3 - "$source" "$destination" "$runs" <<'PY'
-import sys, time, statistics
+PYTHONPATH="$root/bench" /usr/bin/python3 - "$source" "$destination" "$runs" <<'PY'
+import sys, time
 import pandas as pd
+from pandas_measure import measure
 t = time.perf_counter()
 src = pd.read_csv(sys.argv[1], dtype=str, keep_default_na=False)
 dst = pd.read_csv(sys.argv[2], dtype=str, keep_default_na=False)
 load = time.perf_counter() - t
 runs = int(sys.argv[3])
+fields = f"source_rows={len(src)} destination_rows={len(dst)} load_seconds={load:.2f}"
 values = src[["key", "name"]]
-def measure(name, f):
-    times = []
-    for _ in range(runs):
-        t = time.perf_counter()
-        f()
-        times.append(time.perf_counter() - t)
-    print(f"pandas op={name} source_rows={len(src)} destination_rows={len(dst)} "
-          f"load_seconds={load:.2f} seconds_median={statistics.median(times):.3f} "
-          f"seconds_min={min(times):.3f} seconds_max={max(times):.3f}")
-measure("merge_left", lambda: dst.merge(values, on="key", how="left"))
+measure("merge_left", lambda: dst.merge(values, on="key", how="left"), runs, fields)
 def overwrite():
     merged = dst.merge(values, on="key", how="left")
     return merged["name"].where(merged["name"].notna(), merged["city"])
-measure("merge_left_overwrite", overwrite)
+measure("merge_left_overwrite", overwrite, runs, fields)
 PY

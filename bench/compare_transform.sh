@@ -15,21 +15,16 @@ echo "# gridmere: name column (5) upper case, date column (3) ISO date to dd/MM/
 "$bench" transform "$file" --column 5 --date-column 3 --runs "$runs"
 
 echo "# pandas, same columns"
-/usr/bin/python3 - "$file" "$runs" <<'PY'
-import sys, time, statistics
+PYTHONPATH="$root/bench" /usr/bin/python3 - "$file" "$runs" <<'PY'
+import sys
 import pandas as pd
+from pandas_measure import measure
 df = pd.read_csv(sys.argv[1], dtype=str, keep_default_na=False)
 runs = int(sys.argv[2])
-def measure(name, f):
-    times = []
-    for _ in range(runs):
-        t = time.perf_counter()
-        f()
-        times.append(time.perf_counter() - t)
-    print(f"pandas op={name} rows={len(df)} seconds_median={statistics.median(times):.3f} "
-          f"seconds_min={min(times):.3f} seconds_max={max(times):.3f}")
+rows = f"rows={len(df)}"
 name, date = df.columns[5], df.columns[3]
-measure("upper_case", lambda: df[name].str.upper())
+measure("upper_case", lambda: df[name].str.upper(), runs, rows)
 measure("date_iso_to_custom",
-        lambda: pd.to_datetime(df[date], format="%Y-%m-%d", errors="coerce").dt.strftime("%d/%m/%Y"))
+        lambda: pd.to_datetime(df[date], format="%Y-%m-%d", errors="coerce").dt.strftime("%d/%m/%Y"),
+        runs, rows)
 PY
