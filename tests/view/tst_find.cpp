@@ -179,6 +179,12 @@ private slots:
         QCOMPARE(view->undoStack()->count(), 1);
         view->undoStack()->undo();
         QCOMPARE(dump(*view), before);
+        // A hidden row keeps its text.
+        view->model()->tableData().setHiddenRows({1});
+        QCOMPARE(view->replaceAllMatches(q), 2);
+        QCOMPARE(view->model()->tableData().rawData(1, 0).toString(), QStringLiteral("Cat"));
+        view->undoStack()->undo();
+        view->model()->tableData().setHiddenRows({});
 
         q.whole_word = true;
         view->model()->selectSingleCell(Range(0, 1, Range::Model));
