@@ -382,7 +382,7 @@ void MainWindow::reloadFile(TableView* view) {
     loadView(view, path);
     auto restore = [view, filters, row_sort, col_sort, vertical, horizontal] {
         // The filters go on after the sort, which would re-apply them.
-        view->restoreSort(col_sort) || view->restoreSort(row_sort);
+        if (!view->restoreSort(col_sort)) view->restoreSort(row_sort);
         if (!filters.empty()) view->model()->applyFilters(filters);
         view->verticalScrollBar()->setValue(vertical);
         view->horizontalScrollBar()->setValue(horizontal);
