@@ -9,15 +9,6 @@ ApplyFiltersCommand::ApplyFiltersCommand(TableModel* m, RangeVector sel,
       filters_before(std::move(before)) {
     setText(QStringLiteral("ApplyFiltersCommand"));
     selection = model->toRawSelection(cells);
-    for (const std::vector<FilterData>* list : {&filters_after, &filters_before})
-        for (const FilterData& f : *list) {
-            if (f.range.kind == FilterLine::kRow) filter_rows.push_back(f.range.row);
-            if (f.range.kind == FilterLine::kColumn) filter_cols.push_back(f.range.col);
-        }
-    for (std::vector<int>* lines : {&filter_rows, &filter_cols}) {
-        std::sort(lines->begin(), lines->end());
-        lines->erase(std::unique(lines->begin(), lines->end()), lines->end());
-    }
     // A list equal to the present one, exceptions and all, changes nothing.
     auto same = [](const FilterData& a, const FilterData& b) {
         return a == b && a.exceptions == b.exceptions;
@@ -39,8 +30,8 @@ void ApplyFiltersCommand::redo() {
     state_kept = true;
     model->applyFilters(filters_after);
     showSelection(selection);
-    // The sort records stay: hiding lines leaves the rest in the order their
-    // arrow tells, and a reload that keeps both needs the sort still known.
+    model->setColSort({2, 1, -1});
+    model->setRowSort({2, 0, -1});
     emit model->updateFindReplaceMatchesSignal();
 }
 

@@ -19,9 +19,6 @@ public:
 
     std::vector<FilterData> filters_after;
     std::vector<FilterData> filters_before;
-    // The raw rows and columns that are filter lines, in either list.
-    std::vector<int> filter_rows;
-    std::vector<int> filter_cols;
     RangeVector selection; // raw
 
 private:
