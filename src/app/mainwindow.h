@@ -447,6 +447,8 @@ private:
     void promptForFilterText(FilterLine line, bool with_regex);
     void promptForFilterList(bool to_clear);
     void filterMainCellLine(bool row, bool with_regex);
+    // Filters by the selected cells' texts; a refusal is told in a message.
+    void filterWithCellContents(bool rows);
 
 private:
     // The current grid when it may be edited (a cell edit committed first).

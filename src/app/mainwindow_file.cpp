@@ -364,11 +364,8 @@ void MainWindow::reloadFile(TableView* view) {
     // A table shown transposed comes back as the file has it: what sorted
     // or filtered its rows now lies across its columns.
     if (m->tableData().isTransposed()) {
-        for (FilterData& f : filters) {
-            std::swap(f.range.row, f.range.col);
-            f.range.kind =
-                f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;
-        }
+        for (FilterData& f : filters)
+            f.range = f.range.transposed();
         std::swap(row_sort, col_sort);
         for (SortRecord* r : {&row_sort, &col_sort})
             if (r->kind == 0 || r->kind == 1) r->kind = 1 - r->kind;

@@ -70,13 +70,6 @@ FilterLine lineFromKey(const QString& key) {
     return {};
 }
 
-QString escapeHtml(QString text) {
-    return text.replace(u'<', QStringLiteral("&lt;"))
-        .replace(u'>', QStringLiteral("&gt;"))
-        .replace(u'"', QStringLiteral("&quot;"))
-        .replace(u'\'', QStringLiteral("&#39;"));
-}
-
 } // namespace
 
 // Lines are named as the grid labels them: by their place in the data.
@@ -214,7 +207,7 @@ void MainWindow::promptForFilterList(bool to_clear) {
     for (const FilterData& f : list) {
         OptionData option;
         option.name = QStringLiteral("%1: %2").arg(filterLineName(view, f.range),
-                                                   escapeHtml(f.filter_string));
+                                                   f.filter_string.toHtmlEscaped());
         option.response = lineKey(f.range) + u'|' + f.filter_string;
         options.push_back(std::move(option));
     }
@@ -301,20 +294,20 @@ void MainWindow::commandFilterSelectedColumnWithRegularExpressions() {
     filterMainCellLine(false, true);
 }
 
-void MainWindow::commandFilterSelectedRowsWithSelectedCellContents() {
+void MainWindow::filterWithCellContents(bool rows) {
     if (TableView* view = currentView()) {
-        const QString refused = view->filterSelectedWithCellContents(true);
+        const QString refused = view->filterSelectedWithCellContents(rows);
         if (!refused.isEmpty()) MsgBox::inform(this, QStringLiteral("Gridmere"), refused);
         updateTab(view);
     }
 }
 
+void MainWindow::commandFilterSelectedRowsWithSelectedCellContents() {
+    filterWithCellContents(true);
+}
+
 void MainWindow::commandFilterSelectedColumnsWithSelectedCellContents() {
-    if (TableView* view = currentView()) {
-        const QString refused = view->filterSelectedWithCellContents(false);
-        if (!refused.isEmpty()) MsgBox::inform(this, QStringLiteral("Gridmere"), refused);
-        updateTab(view);
-    }
+    filterWithCellContents(false);
 }
 
 void MainWindow::commandRemoveIndividualFilters() {

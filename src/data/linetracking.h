@@ -10,6 +10,12 @@
 // raw index (its filters' lines, the lines the user hid).
 namespace linetracking {
 
+// A list of lines in the form every one here is kept: ascending, each once.
+inline void sortUnique(std::vector<int>& lines) {
+    std::sort(lines.begin(), lines.end());
+    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+}
+
 // Indexes at or above `raw` move up by `count`.
 inline void shiftForInsert(std::vector<int>& lines, int raw, int count) {
     for (int& h : lines)

@@ -22,6 +22,11 @@ struct FilterLine {
 
     static FilterLine forRow(int32_t row) { return {kRow, row, kNoIndex}; }
     static FilterLine forColumn(int32_t col) { return {kColumn, kNoIndex, col}; }
+    // The same line once rows and columns trade places.
+    FilterLine transposed() const {
+        if (kind != kRow && kind != kColumn) return *this;
+        return {kind == kRow ? kColumn : kRow, col, row};
+    }
 
     bool operator==(const FilterLine&) const = default;
 };

@@ -11,14 +11,9 @@
 
 namespace {
 
-void sortUniqueLines(std::vector<int>& lines) {
-    std::sort(lines.begin(), lines.end());
-    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
-}
-
 // A hidden list as the data keeps it: ascending, once each, inside the data.
 std::vector<int> cleanLines(std::vector<int> lines, int size) {
-    sortUniqueLines(lines);
+    linetracking::sortUnique(lines);
     lines.erase(std::lower_bound(lines.begin(), lines.end(), size), lines.end());
     lines.erase(lines.begin(), std::lower_bound(lines.begin(), lines.end(), 0));
     return lines;
@@ -97,7 +92,7 @@ void TableModel::applyFiltersAndHiddenData(std::vector<FilterData> new_filters,
                                            std::vector<int> hidden_cols) {
     for (FilterData& f : new_filters) {
         f.parse();
-        sortUniqueLines(f.exceptions);
+        linetracking::sortUnique(f.exceptions);
     }
     filters = std::move(new_filters);
     user_hidden_rows = cleanLines(std::move(hidden_rows), table_data.numRawRows());
@@ -109,8 +104,8 @@ void TableModel::applyFiltersAndHiddenData(std::vector<FilterData> new_filters,
         std::vector<int>& into = isRowFilter(f) ? filtered_cols : filtered_rows;
         into.insert(into.end(), out.begin(), out.end());
     }
-    sortUniqueLines(filtered_rows);
-    sortUniqueLines(filtered_cols);
+    linetracking::sortUnique(filtered_rows);
+    linetracking::sortUnique(filtered_cols);
     showUserAndFiltered();
     emit updateStatusBarSignal();
 }
@@ -147,7 +142,7 @@ RangeVector TableModel::collectFilterExceptions() {
             collected.push_back(
                 Range::line(line, isRowFilter(f) ? Range::Column : Range::Row, Range::Raw));
         }
-        sortUniqueLines(f.exceptions);
+        linetracking::sortUnique(f.exceptions);
     }
     return collected;
 }

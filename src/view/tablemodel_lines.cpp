@@ -20,11 +20,6 @@ void addLines(std::vector<int>& out, int first, int last, int end,
         if (std::find(excluded.begin(), excluded.end(), i) == excluded.end()) out.push_back(i);
 }
 
-void sortUnique(std::vector<int>& v) {
-    std::sort(v.begin(), v.end());
-    v.erase(std::unique(v.begin(), v.end()), v.end());
-}
-
 // Whole-line exclusions of a Block: entries whose other side is -1.
 std::vector<int> wholeExclusions(const Range& r, bool rows) {
     std::vector<int> out;
@@ -62,7 +57,7 @@ std::vector<int> TableModel::selectedRows(const RangeVector& ranges, bool any_ce
             break;
         }
     }
-    sortUnique(out);
+    linetracking::sortUnique(out);
     return out;
 }
 
@@ -90,7 +85,7 @@ std::vector<int> TableModel::selectedCols(const RangeVector& ranges, bool any_ce
             break;
         }
     }
-    sortUnique(out);
+    linetracking::sortUnique(out);
     return out;
 }
 
@@ -109,7 +104,7 @@ std::map<int, std::vector<int>> TableModel::groupByRow(const RangeVector& ranges
                 if (r.kind == Range::Cell || r.containsCell(row, col)) groups[row].push_back(col);
     }
     for (auto& entry : groups)
-        sortUnique(entry.second);
+        linetracking::sortUnique(entry.second);
     return groups;
 }
 
@@ -409,10 +404,8 @@ void TableModel::transpose() {
     // What was kept by row is now kept by column.
     std::swap(user_hidden_rows, user_hidden_cols);
     std::swap(filtered_rows, filtered_cols);
-    for (FilterData& f : filters) {
-        std::swap(f.range.row, f.range.col);
-        f.range.kind = f.range.kind == FilterLine::kRow ? FilterLine::kColumn : FilterLine::kRow;
-    }
+    for (FilterData& f : filters)
+        f.range = f.range.transposed();
     std::swap(num_model_rows, num_model_cols);
     std::swap(main_cell.row, main_cell.col);
     endResetModel();

@@ -17,6 +17,13 @@ void pushFilters(TableView* view, TableModel* model, std::vector<FilterData> aft
                                               std::move(before)));
 }
 
+// The list as it stands, with the lines edited out of each filter's match
+// noted, so that applying it again keeps them in view.
+std::vector<FilterData> filtersKeepingEdits(TableModel* model) {
+    model->collectFilterExceptions();
+    return model->filterList();
+}
+
 } // namespace
 
 // A table still loading has no cells to filter by yet.
@@ -26,8 +33,7 @@ bool TableView::readyToFilter() {
 
 void TableView::addFilters(const std::vector<FilterData>& new_filters) {
     if (!readyToFilter() || new_filters.empty()) return;
-    table_model->collectFilterExceptions();
-    const std::vector<FilterData> before = table_model->filterList();
+    const std::vector<FilterData> before = filtersKeepingEdits(table_model);
     std::vector<FilterData> after = before;
     for (FilterData f : new_filters) {
         f.parse();
@@ -49,8 +55,7 @@ void TableView::addFilter(const FilterData& filter) {
 void TableView::removeFilter(FilterLine line) {
     if (!readyToFilter()) return;
     // The other filters apply again: lines edited out of them stay in view.
-    table_model->collectFilterExceptions();
-    const std::vector<FilterData> before = table_model->filterList();
+    const std::vector<FilterData> before = filtersKeepingEdits(table_model);
     std::vector<FilterData> after = before;
     std::erase_if(after, [line](const FilterData& f) { return f.range == line; });
     if (after.size() == before.size()) return;
@@ -64,8 +69,7 @@ void TableView::removeAllFilters() {
 
 void TableView::refreshFilters() {
     if (!readyToFilter() || table_model->filterList().empty()) return;
-    table_model->collectFilterExceptions();
-    const std::vector<FilterData> before = table_model->filterList();
+    const std::vector<FilterData> before = filtersKeepingEdits(table_model);
     std::vector<FilterData> after = before;
     for (FilterData& f : after)
         f.exceptions.clear();
