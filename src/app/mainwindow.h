@@ -537,6 +537,9 @@ private:
     // What a column answer names in `view`'s table, as raw columns, in the
     // typed order; empty when it names none.
     std::vector<int> lookupColumns(TableView* view, const QString& text, int all_but) const;
+    // A step that takes one column: a blank answer leaves `col` as the
+    // step's default; otherwise the answer's column, or the error to ask again with.
+    QString readOneLookupColumn(TableView* view, const QString& answer, int& col) const;
     // Builds the lookup from the answers and pushes it on the destination's stack.
     void runColumnLookup(const ColumnLookupAnswers& answers);
 

@@ -43,22 +43,6 @@ QString fileName(TableView* view) {
     return path.isEmpty() ? QStringLiteral("untitled") : QFileInfo(path).fileName();
 }
 
-// A model column as raw; past the data it keeps its distance from the end.
-int rawColumn(const TableModel* m, int model_col) {
-    if (model_col < 0) return -1;
-    const TableData& d = m->tableData();
-    if (model_col < d.numModelColumns()) return d.rawColumnFromModel(model_col);
-    return model_col + d.numHiddenColumns();
-}
-
-// A raw column as the model shows it, or -1 when it is hidden or gone.
-int modelColumn(const TableModel* m, int raw_col) {
-    if (raw_col < 0) return -1;
-    const TableData& d = m->tableData();
-    if (raw_col < d.numRawColumns()) return d.modelColumnFromRaw(raw_col);
-    return raw_col - d.numHiddenColumns();
-}
-
 } // namespace
 
 // ---- Helpers ----
@@ -99,7 +83,7 @@ std::vector<int> MainWindow::lookupColumns(TableView* view, const QString& text,
     if (all_but != -2 && text.trimmed() == u"*") {
         // Every column of the data as shown, left to right, but the key.
         for (int c = 0; c < m->tableData().numModelColumns(); ++c) {
-            const int raw = rawColumn(m, c);
+            const int raw = m->tableData().rawColumnFromModel(c);
             if (raw != all_but) out.push_back(raw);
         }
         return out;
@@ -111,10 +95,18 @@ std::vector<int> MainWindow::lookupColumns(TableView* view, const QString& text,
     for (int n : labels) {
         // A column before the first is out of range: it stays, as -1, so
         // that the lookup finds nothing to do rather than another column.
-        const int raw = rawColumn(m, n - base);
-        out.push_back(raw);
+        out.push_back(m->tableData().rawColumnFromModel(n - base));
     }
     return out;
+}
+
+QString MainWindow::readOneLookupColumn(TableView* view, const QString& answer, int& col) const {
+    if (answer.trimmed().isEmpty()) return QString();
+    const std::vector<int> cols = lookupColumns(view, answer, -2);
+    if (cols.empty()) return kColumnError;
+    if (cols.size() > 1) return kOneColumnError;
+    col = cols.front();
+    return QString();
 }
 
 void MainWindow::highlightLookupColumns(TableView* view, const QString& text, int all_but) {
@@ -122,7 +114,7 @@ void MainWindow::highlightLookupColumns(TableView* view, const QString& text, in
     TableModel* m = view->model();
     std::vector<int> shown;
     for (int raw : lookupColumns(view, text, all_but)) {
-        const int c = modelColumn(m, raw);
+        const int c = m->tableData().modelColumnFromRaw(raw);
         if (c >= 0 && c < m->columnCount()) shown.push_back(c);
     }
     if (shown.empty()) {
@@ -222,15 +214,9 @@ void MainWindow::onColumnLookupFromKeyColPromptEdited(QString text) {
 QString MainWindow::onColumnLookupFromKeyColPromptReceived(QString answer) {
     TableView* source = column_lookup.source;
     if (!source) return kChooseFileError;
-    int col = -1;
-    if (answer.trimmed().isEmpty()) {
-        col = rawColumn(source->model(), source->model()->mainCell().col);
-    } else {
-        const std::vector<int> cols = lookupColumns(source, answer, -2);
-        if (cols.empty()) return kColumnError;
-        if (cols.size() > 1) return kOneColumnError;
-        col = cols.front();
-    }
+    int col = source->model()->tableData().rawColumnFromModel(source->model()->mainCell().col);
+    if (const QString error = readOneLookupColumn(source, answer, col); !error.isEmpty())
+        return error;
     column_lookup.source_key_col = col;
     promptNext(kFromKeyText, answer, [this] { onColumnLookupFromKeyColPrompt(); });
     onColumnLookupFromValueColsPrompt();
@@ -254,7 +240,8 @@ QString MainWindow::onColumnLookupFromValueColsPromptReceived(QString answer) {
     if (!source) return kChooseFileError;
     std::vector<int> cols;
     if (answer.trimmed().isEmpty()) {
-        cols.push_back(rawColumn(source->model(), source->model()->mainCell().col));
+        cols.push_back(
+            source->model()->tableData().rawColumnFromModel(source->model()->mainCell().col));
     } else {
         cols = lookupColumns(source, answer, column_lookup.source_key_col);
         if (cols.empty()) return kColumnError;
@@ -294,15 +281,9 @@ void MainWindow::onColumnLookupToKeyColPromptEdited(QString text) {
 QString MainWindow::onColumnLookupToKeyColPromptReceived(QString answer) {
     TableView* destination = column_lookup.destination;
     if (!destination) return kChooseFileError;
-    int col = -1;
-    if (answer.trimmed().isEmpty()) {
-        col = rawColumn(destination->model(), 0);
-    } else {
-        const std::vector<int> cols = lookupColumns(destination, answer, -2);
-        if (cols.empty()) return kColumnError;
-        if (cols.size() > 1) return kOneColumnError;
-        col = cols.front();
-    }
+    int col = destination->model()->tableData().rawColumnFromModel(0);
+    if (const QString error = readOneLookupColumn(destination, answer, col); !error.isEmpty())
+        return error;
     column_lookup.destination_key_col = col;
     promptNext(kToKeyText, answer, [this] { onColumnLookupToKeyColPrompt(); });
     onColumnLookupInsertNewColsPrompt();
@@ -342,18 +323,13 @@ void MainWindow::onColumnLookupToValueColPromptEdited(QString text) {
 QString MainWindow::onColumnLookupToValueColPromptReceived(QString answer) {
     TableView* destination = column_lookup.destination;
     if (!destination) return kChooseFileError;
-    int col = -1;
-    if (answer.trimmed().isEmpty()) {
-        // The column shown after the key column.
-        const TableModel* m = destination->model();
-        const int key = modelColumn(m, column_lookup.destination_key_col);
-        col = key < 0 ? column_lookup.destination_key_col + 1 : rawColumn(m, key + 1);
-    } else {
-        const std::vector<int> cols = lookupColumns(destination, answer, -2);
-        if (cols.empty()) return kColumnError;
-        if (cols.size() > 1) return kOneColumnError;
-        col = cols.front();
-    }
+    // A blank answer: the column shown after the key column.
+    const TableModel* m = destination->model();
+    const int key = m->tableData().modelColumnFromRaw(column_lookup.destination_key_col);
+    int col = key < 0 ? column_lookup.destination_key_col + 1
+                      : m->tableData().rawColumnFromModel(key + 1);
+    if (const QString error = readOneLookupColumn(destination, answer, col); !error.isEmpty())
+        return error;
     column_lookup.destination_value_col = col;
     promptNext(kToValueText, answer, [this] { onColumnLookupToValueColPrompt(); });
     onColumnLookupHandleMismatchesPrompt();

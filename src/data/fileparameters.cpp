@@ -3,6 +3,7 @@
 #include <QStringDecoder>
 #include <QTextCodec>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -410,6 +411,19 @@ QString decodeCell(QByteArrayView bytes, EncodingType encoding, const QTextCodec
     // No state for the ICU codecs: with one they keep a converter open and
     // would carry a multi-byte remainder or a shift state into the next cell.
     return codec->toUnicode(bytes.data(), length);
+}
+
+void decodeCellInto(QString& out, QByteArrayView bytes, EncodingType encoding,
+                    const QTextCodec* codec) {
+    if ((encoding == Utf8 || encoding == Iso8859_1) &&
+        std::all_of(bytes.begin(), bytes.end(), [](char c) { return uchar(c) < 0x80; })) {
+        out.resize(bytes.size());
+        QChar* to = out.data();
+        for (qsizetype i = 0; i < bytes.size(); ++i)
+            to[i] = QChar(uchar(bytes[i]));
+        return;
+    }
+    out = decodeCell(bytes, encoding, codec);
 }
 
 QByteArray encodeCell(QStringView text, EncodingType encoding, const QTextCodec* codec) {

@@ -76,6 +76,10 @@ QTextCodec* codecForEncoding(EncodingType encoding);
 // looked up; Utf8 and Iso8859_1 never use it. Without a codec the cell is
 // treated as UTF-8. A leading U+FEFF is cell content and survives both ways.
 QString decodeCell(QByteArrayView bytes, EncodingType encoding, const QTextCodec* codec = nullptr);
+// The same into `out`, reusing its buffer: for loops over many cells. ASCII
+// in the encodings that keep it as it is is widened in place.
+void decodeCellInto(QString& out, QByteArrayView bytes, EncodingType encoding,
+                    const QTextCodec* codec = nullptr);
 QByteArray encodeCell(QStringView text, EncodingType encoding, const QTextCodec* codec = nullptr);
 
 // --- Delimiter --------------------------------------------------------------

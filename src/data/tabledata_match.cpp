@@ -53,14 +53,12 @@ std::vector<char> TableData::matchLine(bool rows_move, int index, int first,
     }
 
     const auto* c = static_cast<const EditableDataContainer*>(container.get());
-    const bool plain_bytes = encoding == Utf8 || encoding == Iso8859_1;
     auto run = [&](int from, int to) {
         const CellTest test = make_test();
+        QString text;
         for (int p = from; p < to; ++p) {
-            const QByteArrayView bytes = stored_rows ? c->cellView(p, index) : c->cellView(index, p);
-            const bool ascii = plain_bytes && std::all_of(bytes.begin(), bytes.end(),
-                                                          [](char b) { return uchar(b) < 0x80; });
-            const QString text = ascii ? QString::fromLatin1(bytes) : decodeCell(bytes, encoding, codec);
+            decodeCellInto(text, stored_rows ? c->cellView(p, index) : c->cellView(index, p),
+                           encoding, codec);
             out[size_t(p)] = char(test(text));
         }
     };

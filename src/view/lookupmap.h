@@ -9,6 +9,7 @@
 #include <QStringView>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 // The source side of a column lookup (TableModel::buildLookupMap): each key
@@ -79,6 +80,11 @@ private:
         if (e >= 0) __builtin_prefetch(&entries[size_t(e)]);
     }
     int find(QStringView key, size_t hash) const;
+    // The first `count` cells of a captured key column, decoded and hashed,
+    // to `take` (row from 0, key, hash) in row order; a batch at a time
+    // asks for its buckets and entries before the first is taken.
+    void eachKey(const StoredCells& keys, int count, EncodingType encoding,
+                 const std::function<void(int, const QString&, size_t)>& take) const;
     // Prepares the buckets for up to `keys` keys.
     void reserve(int keys);
     // `key` is stored for source row `row` (counted from the first data

@@ -15,28 +15,6 @@
 
 namespace {
 
-// Cell bytes as text into `out`, reusing its buffer: plain ASCII in the
-// encodings that keep it as it is is widened in place, anything else goes
-// through the codec.
-void decodeInto(QString& out, QByteArrayView bytes, EncodingType encoding) {
-    if (encoding == Utf8 || encoding == Iso8859_1) {
-        bool ascii = true;
-        for (char c : bytes)
-            if (uchar(c) >= 0x80) {
-                ascii = false;
-                break;
-            }
-        if (ascii) {
-            out.resize(bytes.size());
-            QChar* to = out.data();
-            for (qsizetype i = 0; i < bytes.size(); ++i)
-                to[i] = QChar(uchar(bytes[i]));
-            return;
-        }
-    }
-    out = decodeCell(bytes, encoding);
-}
-
 // Keys decoded and hashed a batch at a time, each batch's buckets and
 // entries asked for before the first probe.
 constexpr int kBatch = 16;
@@ -60,6 +38,26 @@ std::vector<QByteArrayView> cellViews(const StoredCells& cells, int count,
 } // namespace
 
 // ---- LookupMap ----
+
+void LookupMap::eachKey(const StoredCells& keys, int count, EncodingType encoding,
+                        const std::function<void(int, const QString&, size_t)>& take) const {
+    QString batch[kBatch];
+    size_t hashes[kBatch];
+    StoredCells::Reader reader(keys);
+    for (int base = 0; base < count; base += kBatch) {
+        const int n = std::min(kBatch, count - base);
+        for (int k = 0; k < n; ++k) {
+            decodeCellInto(batch[k], reader.atEnd() ? QByteArrayView() : reader.next(nullptr),
+                       encoding);
+            hashes[k] = hashOf(batch[k]);
+            prefetchBucket(hashes[k]);
+        }
+        for (int k = 0; k < n; ++k)
+            prefetchEntry(hashes[k]);
+        for (int k = 0; k < n; ++k)
+            take(base + k, batch[k], hashes[k]);
+    }
+}
 
 bool LookupMap::sameKey(const Entry& e, QStringView key) const {
     return e.length == key.size() &&
@@ -141,25 +139,10 @@ LookupMap TableModel::buildLookupMap(int key_col, const std::vector<int>& value_
     const int count = rows - first_row;
     const int last_row = rows - 1;
 
-    const StoredCells keys = table_data.captureRaw(first_row, last_row, key_col, key_col);
     map.reserve(count);
-    QString batch[kBatch];
-    size_t hashes[kBatch];
-    StoredCells::Reader reader(keys);
-    for (int base = 0; base < count; base += kBatch) {
-        const int n = std::min(kBatch, count - base);
-        for (int k = 0; k < n; ++k) {
-            decodeInto(batch[k], reader.atEnd() ? QByteArrayView() : reader.next(nullptr),
-                       map.encoding_);
-            hashes[k] = LookupMap::hashOf(batch[k]);
-            map.prefetchBucket(hashes[k]);
-        }
-        for (int k = 0; k < n; ++k)
-            map.prefetchEntry(hashes[k]);
-        // In row order, so that the last row of a key wins.
-        for (int k = 0; k < n; ++k)
-            map.insert(batch[k], hashes[k], base + k);
-    }
+    // In row order, so that the last row of a key wins.
+    map.eachKey(table_data.captureRaw(first_row, last_row, key_col, key_col), count, map.encoding_,
+                [&map](int row, const QString& key, size_t hash) { map.insert(key, hash, row); });
     map.arena.squeeze();
 
     // The value columns, each captured once (a column named twice shares it).
@@ -191,28 +174,12 @@ void TableModel::lookupRanges(RangeVector& out, const LookupMap& map, int key_co
 
     // Each destination row's source row (from the map's first row), or -1.
     std::vector<int> found(size_t(count), -1);
-    {
-        const StoredCells keys = table_data.captureRaw(first_row, last_row, key_col, key_col);
-        StoredCells::Reader reader(keys);
-        const EncodingType encoding = table_data.encodingType();
-        QString batch[kBatch];
-        size_t hashes[kBatch];
-        for (int base = 0; base < count; base += kBatch) {
-            const int n = std::min(kBatch, count - base);
-            for (int k = 0; k < n; ++k) {
-                decodeInto(batch[k], reader.atEnd() ? QByteArrayView() : reader.next(nullptr),
-                           encoding);
-                hashes[k] = LookupMap::hashOf(batch[k]);
-                map.prefetchBucket(hashes[k]);
-            }
-            for (int k = 0; k < n; ++k)
-                map.prefetchEntry(hashes[k]);
-            for (int k = 0; k < n; ++k) {
-                const int e = map.find(batch[k], hashes[k]);
-                found[size_t(base + k)] = e < 0 ? -1 : map.entries[size_t(e)].row;
-            }
-        }
-    }
+    map.eachKey(table_data.captureRaw(first_row, last_row, key_col, key_col), count,
+                table_data.encodingType(),
+                [&map, &found](int row, const QString& key, size_t hash) {
+                    const int e = map.find(key, hash);
+                    found[size_t(row)] = e < 0 ? -1 : map.entries[size_t(e)].row;
+                });
 
     // Values cross over as bytes when both tables store text alike, and
     // through their text otherwise.
