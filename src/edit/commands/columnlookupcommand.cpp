@@ -47,14 +47,17 @@ ColumnLookupCommand::ColumnLookupCommand(TableModel* m, RangeVector c, RangeVect
 
 ColumnLookupCommand::~ColumnLookupCommand() = default;
 
+// One step saves once, at its end, when "Save After Each Edit" asks: the
+// part that runs first does not.
+void ColumnLookupCommand::withoutSaving(const std::function<void()>& part) {
+    const bool save = model->saveAfterEachEdit();
+    model->setSaveAfterEachEdit(false);
+    part();
+    model->setSaveAfterEachEdit(save);
+}
+
 void ColumnLookupCommand::redo() {
-    if (insert_command) {
-        // One step saves once, at its end, when "Save After Each Edit" asks.
-        const bool save = model->saveAfterEachEdit();
-        model->setSaveAfterEachEdit(false);
-        insert_command->redo();
-        model->setSaveAfterEachEdit(save);
-    }
+    if (insert_command) withoutSaving([this] { insert_command->redo(); });
     set_command->redo();
 }
 
@@ -63,9 +66,6 @@ void ColumnLookupCommand::undo() {
         set_command->undo();
         return;
     }
-    const bool save = model->saveAfterEachEdit();
-    model->setSaveAfterEachEdit(false);
-    set_command->undo();
-    model->setSaveAfterEachEdit(save);
+    withoutSaving([this] { set_command->undo(); });
     insert_command->undo();
 }

@@ -3,6 +3,7 @@
 #include "edit/commands/lines/insertcolscommand.h"
 #include "edit/commands/setmodeldatacommand.h"
 
+#include <functional>
 #include <memory>
 
 // "Column Lookup" as one undo step on the destination's stack: the cells
@@ -23,4 +24,7 @@ public:
     std::unique_ptr<SetModelDataCommand> set_command;
     bool insert_new_cols = false;
     RangeVector lookup_cells;
+
+private:
+    void withoutSaving(const std::function<void()>& part);
 };

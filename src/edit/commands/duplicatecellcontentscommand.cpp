@@ -12,10 +12,13 @@ DuplicateCellContentsCommand::DuplicateCellContentsCommand(TableModel* m, RangeV
     // The neighbour: one block's height or width away.
     build(
         selection,
-        [this](int h, int w, int& dr, int& dc) {
-            dr = direction == 0 ? -h : direction == 1 ? h : 0;
-            dc = direction == 2 ? -w : direction == 3 ? w : 0;
-            return true;
+        [this](int h, int w) {
+            return std::pair{direction == 0   ? -h
+                             : direction == 1 ? h
+                                              : 0,
+                             direction == 2   ? -w
+                             : direction == 3 ? w
+                                              : 0};
         },
         true);
 }
@@ -32,37 +35,29 @@ DuplicateCellContentsCommand::DuplicateCellContentsCommand(TableModel* m, RangeV
         if (member.is_main) found = rawBlockOf(*model, member, main_block);
     if (!found && !selection.empty()) found = rawBlockOf(*model, selection.front(), main_block);
     const TableData& d = model->tableData();
-    const int to_row = to_model_row < d.numModelRows()
-                           ? d.rawRowFromModel(to_model_row)
-                           : to_model_row + d.numHiddenRows();
-    const int to_col = to_model_col < d.numModelColumns()
-                           ? d.rawColumnFromModel(to_model_col)
-                           : to_model_col + d.numHiddenColumns();
-    const int dr = to_row - main_block.r0, dc = to_col - main_block.c0;
+    const int dr = d.rawRowFromModel(to_model_row) - main_block.r0;
+    const int dc = d.rawColumnFromModel(to_model_col) - main_block.c0;
     if (!found || (dr == 0 && dc == 0)) {
         is_valid = false;
         return;
     }
     build(
         selection,
-        [dr, dc](int, int, int& r, int& c) {
-            r = dr;
-            c = dc;
-            return true;
+        [dr, dc](int, int) {
+            return std::pair{dr, dc};
         },
         false);
 }
 
-void DuplicateCellContentsCommand::build(
-    const RangeVector& selection, const std::function<bool(int, int, int&, int&)>& place,
-    bool select_both) {
+void DuplicateCellContentsCommand::build(const RangeVector& selection,
+                                         const std::function<std::pair<int, int>(int, int)>& offset,
+                                         bool select_both) {
     RangeVector after;
     for (const Range& member : selection) {
         Block b;
         if (!rawBlockOf(*model, member, b)) continue;
         const int h = b.r1 - b.r0 + 1, w = b.c1 - b.c0 + 1;
-        int dr = 0, dc = 0;
-        if (!place(h, w, dr, dc)) continue;
+        const auto [dr, dc] = offset(h, w);
         Block t = b;
         t.r0 += dr, t.r1 += dr, t.c0 += dc, t.c1 += dc;
         // Cut at the top or left edge: the rows or columns nearest the

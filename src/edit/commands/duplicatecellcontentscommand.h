@@ -27,8 +27,9 @@ public:
     std::vector<int> cols_changed;
 
 private:
-    // Copies each member onto the block `place` gives it; `select_both`
-    // selects source and copy together, else the copy alone.
-    void build(const RangeVector& selection, const std::function<bool(int, int, int&, int&)>& place,
-               bool select_both);
+    // Copies each member onto itself moved by the (rows, columns) `offset`
+    // gives for its height and width; `select_both` selects source and copy
+    // together, else the copy alone.
+    void build(const RangeVector& selection,
+               const std::function<std::pair<int, int>(int, int)>& offset, bool select_both);
 };
