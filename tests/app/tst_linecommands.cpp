@@ -5,13 +5,12 @@
 #include "commands/commandtable.h"
 #include "view/tablemodel.h"
 #include "view/tableview.h"
+#include "view/testutilfiles.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QLineEdit>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
 
@@ -20,7 +19,7 @@
 class TestLineCommands : public QObject {
     Q_OBJECT
 
-    QTemporaryDir dir;
+    ScratchFiles files;
 
 private slots:
     void rowsFindTheirSlots_data() {
@@ -91,14 +90,8 @@ private slots:
     // The menu rows on a real table: hide a row, insert one before the
     // selection, and undo both.
     void menuRowsActOnTheTable() {
-        QVERIFY(dir.isValid());
-        const QString path = dir.filePath("t.csv");
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("h\n1\n2\n3\n");
-        f.close();
         MainWindow window;
-        QVERIFY(window.openFile(path));
+        QVERIFY(window.openFile(files.write("h\n1\n2\n3\n")));
         TableView* view = window.currentView();
         QVERIFY(view);
         TableModel& m = *view->model();
@@ -121,13 +114,8 @@ private slots:
     // find bar is open, where it finds all matches instead; the chord of
     // the split that moves the rest of the row opens its question.
     void sharedKeysOnTheGrid() {
-        const QString path = dir.filePath("k.csv");
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("h,g\n1,2\n3,4\n");
-        f.close();
         MainWindow window;
-        QVERIFY(window.openFile(path));
+        QVERIFY(window.openFile(files.write("h,g\n1,2\n3,4\n")));
         window.show();
         QApplication::setActiveWindow(&window);
         QVERIFY(QTest::qWaitForWindowActive(&window));
